@@ -1,0 +1,25 @@
+# Two commands do everything on a fresh machine: `make run` and `make test`.
+# ARGS passes options to the viewer: make run ARGS="--scene --format RGB8"
+
+ARGS ?=
+
+.PHONY: run test bench build deps clean
+
+run: deps build
+	tools/with-screen build/release/apps/zynview/zynview $(if $(DISPLAY),,--seconds 5 --save build/zynview.png) $(ARGS)
+
+build: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release
+
+deps:
+	@tools/install-packages build run test
+
+test: deps
+	tools/run-tests
+
+bench: deps build
+	tools/with-screen --virtual build/release/bench/zynbench
+
+clean:
+	rm -rf build

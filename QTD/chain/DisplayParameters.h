@@ -1,0 +1,12 @@
+// What chain and converter read from the display that owns them.
+#pragma once
+
+class QTDSurface;
+class ZynDisplayProcessor;
+
+// The parameter as a pointer; null without a display or without the parameter. Asks no parameter handler and
+// takes no lock but the parameter list's own, so that it may be called with a chain's lock held. Any thread.
+void* DisplayPointer(ZynDisplayProcessor* display, const char* name);
+
+// The parameter "surface".
+QTDSurface* DisplaySurface(ZynDisplayProcessor* display);

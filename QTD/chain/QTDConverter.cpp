@@ -1,0 +1,221 @@
+#include "QTD/chain/QTDConverter.h"
+
+#include <cstring>
+#include <mutex>
+
+#include "QTD/chain/DisplayParameters.h"
+#include "QTD/chain/LiveChains.h"
+#include "QTD/chain/PlainHeader.h"
+#include "QTD/chain/QTDProcessor.h"
+#include "QTD/chain/SurfacePass.h"
+#include "QTD/chain/TurnLines.h"
+#include "QTD/frame/Logging.h"
+#include "QTD/frame/Text.h"
+#include "cpu/stages/CPUIPImage.h"
+
+namespace {
+
+constexpr uint32_t kCodeMask = 0xFFFF;
+constexpr const char* kLastStage = "image.output";  // what follows it is for the window only
+
+bool SameSize(const ZynImage* image, const ZynImage* info) {
+  return image && info && info->width != 0 && info->height != 0 && image->width == info->width &&
+         image->height == info->height;
+}
+
+bool IsBottomUp(const ZynImage& image) {
+  return image.origin == 1;
+}
+
+// Brings the picture of an OpenGL stage into system memory, unless the stage does so by itself.
+bool ReadGpu(ZynImgProcessor& stage) {
+  ZynComponent* const component = stage.GetComponent();
+  if (!component) return false;
+  int64_t byItself = 0;
+  component->GetParameterInt("readGPU", &byItself);
+  return byItself != 0 || (component->ExecuteCommand("readGPU") & kCodeMask) == 0;
+}
+
+}  // namespace
+
+QTDConverter::QTDConverter(ZynDisplayProcessor* owner, bool opengl)
+    : QTD::ImageProcessorData(owner ? owner->GetComponent() : nullptr), display(owner) {
+  parameters.Set("class", "QTDConverter")
+      .Set("parent", QTD::ToText(static_cast<const void*>(owner)))
+      .Set("opengl", QTD::ToText(opengl));
+}
+
+QTDConverter::~QTDConverter() {
+  QTDConverter::Release();
+}
+
+ZynComponent* QTDConverter::GetComponent() {
+  return this;
+}
+ZynImage* QTDConverter::Out() {
+  return QTD::ImageProcessorData::Out();
+}
+ZynImage* QTDConverter::GetImageInfo(bool source) {
+  return QTD::ImageProcessorData::GetImageInfo(source);
+}
+bool QTDConverter::Enable(bool) {
+  return false;
+}
+bool QTDConverter::IsEnabled() {
+  return false;
+}
+
+uint32_t QTDConverter::Refuse(uint32_t code) {
+  lastError = code;
+  return Compose(code);
+}
+
+uint32_t QTDConverter::FailRun() {
+  state = kFailed;
+  return Refuse(ZYN_ERR_FAILED);
+}
+
+// Both pointers are kept as texts; one that is no longer what it was counts as missing.
+ZynDisplayProcessor* QTDConverter::Parent() {
+  return parameters.GetPointer("parent") == static_cast<void*>(display) ? display : nullptr;
+}
+
+QTDProcessor* QTDConverter::Chain() {
+  return LiveChains::Instance().Find(DisplayPointer(Parent(), "processor"));
+}
+
+// The gate.
+
+bool QTDConverter::OpenGate() {
+  // A lock that is held means a run, and thus a grant: no reason to wait for its end.
+  const std::unique_lock<QTD::RMutex> guard(lock, std::try_to_lock);
+  if (!guard.owns_lock() || !ready) return false;
+  uint32_t expected = kReady;
+  return state.compare_exchange_strong(expected, kGranted);
+}
+
+bool QTDConverter::CloseGate() {
+  const QTD::RMutexLock guard(lock);
+  if (!ready) return false;
+  state = kReady;
+  return true;
+}
+
+// Preparing.
+
+uint32_t QTDConverter::Init(const ZynImage* source, const ZynImage* output) {
+  // Copies, since the caller may hand in records of this converter, which go now.
+  const ZynImage format = source ? *source : ZynImage{};
+  const ZynImage wanted = output ? *output : ZynImage{};
+  const QTD::RMutexLock guard(lock);
+  lastError = 0;
+  Release();
+  if (!source) return Refuse(ZYN_ERR_BAD_ARGUMENT);
+  uint32_t code = ZYN_ERR_FAILED;
+  try {
+    code = Prepare(format, output ? &wanted : nullptr);
+  } catch (...) {
+  }
+  if (code != 0) Release();
+  return Refuse(code);
+}
+
+uint32_t QTDConverter::Prepare(const ZynImage& source, const ZynImage* output) {
+  QTDProcessor* const chain = Chain();
+  if (!chain) return ZYN_ERR_NOT_READY;
+  const QTD::RMutexLock walk(chain->ChainLock());
+  ZynImgProcessor* const stage = chain->FindProcessor(kLastStage);
+  if (!stage || !SameSize(&source, stage->GetImageInfo(true))) return ZYN_ERR_NOT_READY;
+  const ZynImage* const first = chain->GetImageInfo(true);
+  const ZynImage* const last = stage->GetImageInfo(false);
+  if (!first || !last) return ZYN_ERR_NOT_READY;
+
+  writer = std::make_unique<CPUIPImage>(nullptr);
+  writer->SetParameterBool("external", 1);
+  if (writer->Init(last, output) != 0) return ZYN_ERR_FAILED;
+  sourceInfo = PlainHeader(*last);
+  outputInfo = output ? PlainHeader(*output) : nullptr;
+  if (!sourceInfo || !outputInfo) return QTD::kStageNoMemory;
+  sourceType = first->pixelType;
+  marksTurned = IsBottomUp(*first) != IsBottomUp(*last);
+  state = kReady;
+  ready = true;
+  return 0;
+}
+
+void QTDConverter::Release() {
+  const QTD::RMutexLock guard(lock);
+  writer.reset();
+  state = kIdle;
+  Reset();
+}
+
+// Running.
+
+uint32_t QTDConverter::ProcessImage(const ZynImage* source, ZynImage* output, void* data) {
+  try {
+    return Run(source, output, data);
+  } catch (...) {
+    return FailRun();
+  }
+}
+
+bool QTDConverter::ArgumentsFit(const ZynImage* source, const ZynImage* output) const {
+  return SameSize(source, sourceInfo) && SameSize(output, outputInfo) && source->pixelType == sourceType &&
+         output->pixelType == outputInfo->pixelType;
+}
+
+uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data) {
+  ZYN_TRACE(log, "QTDConverter::ProcessImage()");
+  const QTD::RMutexLock guard(lock);
+  if (!ArgumentsFit(source, output)) return Refuse(ZYN_ERR_BAD_ARGUMENT);
+  out = nullptr;
+  lastError = 0;
+  if (state == kIdle) return Refuse(ZYN_ERR_NOT_READY);
+  state = kRunning;
+  QTDProcessor* const chain = Chain();
+  if (!chain || !IsReady()) return FailRun();
+
+  const QTDProcessor::Walk walk(*chain);
+  const bool opengl = parameters.GetBool("opengl");
+  const SurfacePass pass(opengl ? DisplaySurface(Parent()) : nullptr);
+  parameters.Set("@src", QTD::ToText(static_cast<const void*>(source)))
+      .Set("@out", QTD::ToText(static_cast<const void*>(output)))
+      .Set("@data", QTD::ToText(static_cast<const void*>(data)));
+  const ZynImage* const picture = RunStages(*chain, source, data, opengl);
+  if (!picture) return FailRun();
+  // Stages that run on the processor leave the lines of a bottom-up image in their order.
+  const bool bottomUp = !opengl && IsBottomUp(*source) != marksTurned;
+  if (Write(picture, bottomUp, output, data)) {
+    out = output;
+    state = kSucceeded;
+  } else {
+    state = kWriteFailed;  // told by the state alone
+  }
+  return 0;
+}
+
+// The walk up to the last stage that a conversion needs; null when a stage fails.
+const ZynImage* QTDConverter::RunStages(const QTDProcessor& chain, const ZynImage* source, void* data,
+                                        bool opengl) {
+  const StageList& stages = chain.Stages();
+  const uint32_t removals = stages.Removals();
+  const ZynImage* current = source;
+  for (int index = 0; index < stages.Count(); ++index) {
+    ZynImgProcessor* const stage = stages.At(index);
+    if (!stage) continue;
+    const bool isLast = std::strcmp(stages.NameAt(index), kLastStage) == 0;
+    if (stage->ProcessImage(current, nullptr, data) & kCodeMask) return nullptr;
+    if (stages.Removals() != removals) return nullptr;  // the list has changed on the way
+    if (const ZynImage* const result = stage->Out()) current = result;
+    if (isLast) return opengl && !ReadGpu(*stage) ? nullptr : current;
+  }
+  return current;
+}
+
+bool QTDConverter::Write(const ZynImage* picture, bool bottomUp, ZynImage* output, void* data) {
+  if (!writer || (writer->ProcessImage(picture, output, data) & kCodeMask)) return false;
+  if (bottomUp && !TurnLines(*output)) return false;
+  output->origin = 0;
+  return true;
+}

@@ -1,0 +1,249 @@
+#include "QTD/chain/QTDProcessor.h"
+
+#include <utility>
+
+#include "QTD/chain/DisplayParameters.h"
+#include "QTD/chain/LiveChains.h"
+#include "QTD/chain/PlainHeader.h"
+#include "QTD/chain/SurfacePass.h"
+#include "QTD/frame/Logging.h"
+#include "QTD/frame/RateMeter.h"
+#include "QTD/frame/Text.h"
+
+namespace {
+
+constexpr uint32_t kCodeMask = 0xFFFF;
+
+}  // namespace
+
+QTDProcessor::QTDProcessor(ZynDisplayProcessor* owner, bool opengl)
+    : QTD::ImageProcessorData(owner ? owner->GetComponent() : nullptr), display(owner), usesSurface(opengl) {
+  ZYN_TRACE(log, "QTDProcessor::QTDProcessor() -> ENTER");
+  parameters.Set("class", "QTDProcessor")
+      .Set("display", QTD::ToText(static_cast<const void*>(owner)))
+      .Set("opengl", QTD::ToText(opengl))
+      .Set("image.downscale", "0");
+  LiveChains::Instance().Add(this);
+  ZYN_TRACE(log, "QTDProcessor::QTDProcessor() <- EXIT");
+}
+
+QTDProcessor::~QTDProcessor() {
+  LiveChains::Instance().Remove(this);
+  QTDProcessor::Release();
+}
+
+uint32_t QTDProcessor::Fail(uint32_t code) {
+  chainError = code;
+  return Compose(code);
+}
+
+ZynComponent* QTDProcessor::GetComponent() {
+  return this;
+}
+
+// The list.
+
+ZynImgProcessor* QTDProcessor::GetProcessorAt(int index) {
+  const QTD::RMutexLock guard(lock);
+  return stages.At(index);
+}
+
+ZynImgProcessor* QTDProcessor::FindProcessor(const char* stageName) {
+  const QTD::RMutexLock guard(lock);
+  return stages.Find(stageName);
+}
+
+uint32_t QTDProcessor::AddProcessor(const char* stageName, ZynImgProcessor* stage) {
+  return InsertProcessor(nullptr, stageName, stage);
+}
+
+uint32_t QTDProcessor::InsertProcessor(const char* before, const char* stageName, ZynImgProcessor* stage) {
+  const QTD::RMutexLock guard(lock);
+  return stages.Insert(before, stageName, stage);
+}
+
+uint32_t QTDProcessor::RemoveProcessor(const char* stageName) {
+  const QTD::RMutexLock guard(lock);
+  if (!stages.Find(stageName)) return QTD::kStageNotFound;
+  LetGo();
+  // Taken out first: what the stage does while it is released meets a list without it.
+  Drop(stages.Remove(stageName));
+  return 0;
+}
+
+int QTDProcessor::GetProcessorCount() {
+  const QTD::RMutexLock guard(lock);
+  return stages.Count();
+}
+
+void QTDProcessor::SetStagesLeaving(std::function<void()> handler) {
+  const QTD::RMutexLock guard(lock);
+  stagesLeaving = std::move(handler);
+}
+
+void QTDProcessor::LetGo() {
+  try {
+    if (stagesLeaving) stagesLeaving();
+  } catch (...) {
+  }
+}
+
+void QTDProcessor::FreeStage(ZynImgProcessor* stage) noexcept {
+  if (!stage) return;
+  try {
+    stage->Release();
+  } catch (...) {  // a host's stage; it goes all the same
+  }
+  delete stage;
+}
+
+void QTDProcessor::Drop(ZynImgProcessor* stage) {
+  if (walks > 0) {
+    left.push_back(stage);  // it may be on the stack
+  } else {
+    FreeStage(stage);
+  }
+}
+
+QTDProcessor::Walk::Walk(QTDProcessor& walkedChain) : chain(walkedChain), guard(walkedChain.lock) {
+  ++chain.walks;
+}
+
+QTDProcessor::Walk::~Walk() {
+  if (--chain.walks > 0) return;
+  std::vector<ZynImgProcessor*> freed;
+  freed.swap(chain.left);
+  for (ZynImgProcessor* stage : freed) FreeStage(stage);
+}
+
+void QTDProcessor::Release() {
+  const QTD::RMutexLock guard(lock);
+  if (stages.Count() > 0) LetGo();
+  for (ZynImgProcessor* stage : stages.TakeAll()) Drop(stage);
+  stopFlag = 0;
+  Reset();
+}
+
+// What the chain knows of its images.
+
+ZynImage* QTDProcessor::Out() {
+  const QTD::RMutexLock guard(lock);
+  for (int index = stages.Count() - 1; index >= 0; --index) {
+    ZynImgProcessor* const stage = stages.At(index);
+    ZynImage* const image = stage ? stage->Out() : nullptr;
+    if (image) return image;
+  }
+  return nullptr;
+}
+
+ZynImage* QTDProcessor::GetImageInfo(bool source) {
+  const QTD::RMutexLock guard(lock);
+  const int count = stages.Count();
+  for (int step = 0; step < count; ++step) {
+    ZynImgProcessor* const stage = stages.At(source ? step : count - 1 - step);
+    ZynImage* const info = stage ? stage->GetImageInfo(source) : nullptr;
+    if (info) return info;
+  }
+  return nullptr;
+}
+
+QTDSurface* QTDProcessor::GetSurface() {
+  const QTD::RMutexLock guard(lock);
+  return DisplaySurface(display);
+}
+
+// Building.
+
+uint32_t QTDProcessor::Init(const ZynImage* source) {
+  // A copy, since the caller may hand in a record of one of the stages that go now.
+  const ZynImage format = source ? *source : ZynImage{};
+  const QTD::RMutexLock guard(lock);
+  chainError = 0;
+  Release();
+  if (!source) return Fail(ZYN_ERR_BAD_ARGUMENT);
+  try {
+    usesSurface = parameters.GetInt("opengl") != 0;
+    chainError = usesSurface ? initQGL(&format, nullptr) : initCPU(&format, nullptr);
+  } catch (...) {  // a parameter that is no number: the caller's matter, but no half-built chain stays
+    chainError = ZYN_ERR_FAILED;
+    Release();
+    throw;
+  }
+  const ZynImage* const reached = GetImageInfo(false);
+  if (chainError == 0) {
+    sourceInfo = PlainHeader(format);
+    outputInfo = PlainHeader(reached ? *reached : format);
+    if (!sourceInfo || !outputInfo) chainError = QTD::kStageNoMemory;
+  }
+  ready = chainError == 0;
+  timer.Reset();
+  if (chainError != 0) Release();
+  return Compose(chainError);
+}
+
+// This build has no stages for OpenGL, so that such a chain cannot be made.
+uint32_t QTDProcessor::initQGL(const ZynImage*, const ZynImage*) {
+  return ZYN_ERR_FAILED;
+}
+
+// Running.
+
+uint32_t QTDProcessor::ProcessImage(const ZynImage* source, ZynImage* output, void* data) {
+  try {
+    return Run(source, output, data);
+  } catch (...) {
+    return Fail(ZYN_ERR_FAILED);
+  }
+}
+
+uint32_t QTDProcessor::Run(const ZynImage* source, ZynImage* output, void* data) {
+  ZYN_TRACE(log, "QTDProcessor::ProcessImage() -> ENTER");
+  if (!source) {
+    ZYN_TRACE(log, "QTDProcessor::ProcessImage() <- EXIT");
+    return Fail(ZYN_ERR_BAD_ARGUMENT);
+  }
+  const Walk walk(*this);
+  if (stages.Count() == 0) {
+    ZYN_TRACE(log, "QTDProcessor::ProcessImage() <- EXIT");
+    return Fail(ZYN_ERR_FAILED);
+  }
+  chainError = 0;
+  timer.Start(QTD::TickMilliseconds());
+  QTDSurface* const surface = usesSurface ? GetSurface() : nullptr;
+  parameters.Set("@source.image", QTD::ToText(static_cast<const void*>(source)))
+      .Set("@output.image", QTD::ToText(static_cast<const void*>(output)));
+  switch (RunStages(surface, source, output, data)) {
+    case RunResult::kFailed:
+      return Fail(ZYN_ERR_FAILED);  // the stage's own code is not passed on
+    case RunResult::kStopped:
+      return 0;
+    case RunResult::kComplete:
+      break;
+  }
+  const double average = timer.Stop(QTD::TickMilliseconds());
+  parameters.Set("time", QTD::ToText(average, "%.2f") + " ms");
+  ZYN_TRACE(log, "QTDProcessor::ProcessImage() <- EXIT");
+  return 0;
+}
+
+// Calls the stages in order, each with what the one before it produced.
+QTDProcessor::RunResult QTDProcessor::RunStages(QTDSurface* surface, const ZynImage* source, ZynImage* output,
+                                                void* data) {
+  const SurfacePass pass(surface);
+  const uint32_t removals = stages.Removals();
+  const ZynImage* current = source;
+  for (int index = 0; index < stages.Count(); ++index) {
+    ZynImgProcessor* const stage = stages.At(index);
+    if (!stage) continue;
+    if (stopFlag) return RunResult::kStopped;
+    ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc: %s ", stages.NameAt(index));
+    if (stage->ProcessImage(current, output, data) & kCodeMask) return RunResult::kFailed;
+    // A stage that took stages out of its own chain: this is no longer the list that the image has come
+    // through.
+    if (stages.Removals() != removals) return RunResult::kFailed;
+    if (const ZynImage* const result = stage->Out()) current = result;
+    ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc->Out: imageID is %llu",
+              static_cast<unsigned long long>(current->imageID));
+  }
+  return RunResult::kComplete;
+}

@@ -1,0 +1,119 @@
+// Named commands of the controller: dispatch, parameter access, notifications.
+#include <cstring>
+#include <string>
+
+#include "QTD/chain/QTDProcessor.h"
+#include "QTD/display/LiveObjects.h"
+#include "QTD/display/QTDDisplay.h"
+#include "QTD/frame/ArgumentView.h"
+#include "QTD/frame/Text.h"
+#include "QTD/screen/QTDScreen.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+
+namespace {
+
+constexpr uint32_t kLowByte = 0xFF;
+
+ZynDisplayCommand* Receiver(QTD::ARGUMENTS* args) {
+  return static_cast<ZynDisplayCommand*>(QTD::ArgumentView(args).GetPointer("proc"));
+}
+
+}  // namespace
+
+uint32_t QTDDisplay::RunCommand(const char* name, QTD::ARGUMENTS* args) {
+  QTD::LiveCall call(this);
+  if (!call) return 0;
+  const std::string command = name ? name : "";
+  if (args && command == "cmd.parameter.set") {
+    SetParameterByCommand(args);
+    return 0;
+  }
+  if (args && command == "cmd.parameter.get") {
+    GetParameterByCommand(args);
+    return 0;
+  }
+  if (args && command == "cmd.system.notification.add") return AddNotification(Receiver(args)) & kLowByte;
+  if (args && command == "cmd.system.notification.del") return DelNotification(Receiver(args)) & kLowByte;
+  if (command == "cmd.image.rebuild") {
+    bool exists = false;
+    {
+      std::lock_guard<std::recursive_mutex> guard(handlerLock);
+      exists = format != nullptr;
+    }
+    Q_EMIT signalRebuildImage();
+    return exists ? 1 : 0;
+  }
+  if (!command.empty() && command.front() == '@') return SendMessageByCommand(command.c_str(), args);
+  return 0;
+}
+
+uint32_t QTDDisplay::SendMessageByCommand(const char* name, QTD::ARGUMENTS* args) {
+  QTD::PROPERTIES params;
+  if (args) params.ImportArguments(*args);
+  RunBlockingMessage(name, params);
+  return 0;
+}
+
+void QTDDisplay::SetParameterByCommand(QTD::ARGUMENTS* args) {
+  std::lock_guard<std::recursive_mutex> guard(handlerLock);
+  QTD::ArgumentView view(args);
+  const std::string name = view.GetString("name");
+  if (name == "display.view.bgcolor" && Screen()) {
+    Screen()->properties.Set("color", view.GetString("value"));
+    if (HasPicture()) Window()->update();
+  } else if (name == "image.notification.flags.set") {
+    imageNotificationFlags |= static_cast<uint32_t>(view.GetInt("value"));
+  } else if (name == "image.notification.flags.clear") {
+    imageNotificationFlags &= ~static_cast<uint32_t>(view.GetInt("value"));
+  } else {
+    parameters.Set(name, view.GetString("value"));
+  }
+}
+
+// Brings the stored value up to date before it is read.
+void QTDDisplay::GetParameterByCommand(QTD::ARGUMENTS* args) {
+  std::lock_guard<std::recursive_mutex> guard(handlerLock);
+  QTD::ArgumentView view(args);
+  const std::string name = view.GetString("name");
+  QTDScreen* screen = Screen();
+  if (name == "display.view.scale" && screen) {
+    parameters.Set(name, QTD::ToText(screen->properties.GetDouble("scale")));
+  } else if (name == "display.view.fit" && screen) {
+    parameters.Set(name, QTD::ToText(screen->properties.GetInt("fit")));
+  } else {
+    view.Set("value", parameters.GetString(name));
+  }
+}
+
+uint32_t QTDDisplay::ExecuteCommand(const char* name) {
+  QTD::LiveCall call(this);
+  if (!call) return Compose(ZYN_ERR_NOT_READY);
+  std::lock_guard<std::recursive_mutex> guard(handlerLock);
+  if (!name || std::strcmp(name, "text.add") != 0) {
+    lastError = 0;
+    return Compose(ZYN_ERR_NOT_SUPPORTED);
+  }
+  QTD::ARGUMENTS args;
+  args["text.clr"] = parameters.GetString("text.clr");
+  args["text.font"] = parameters.GetString("text.font", "default");
+  args["cs"] = parameters.GetString("cs");
+  args["objectID"] = parameters.GetString("objectID");
+  const std::string id = AddText(parameters.GetString("text.text").c_str(), parameters.GetInt("text.pos.x"),
+                                 parameters.GetInt("text.pos.y"), &args);
+  parameters.Set("objectID", id);
+  return Fail(id.empty() ? static_cast<uint32_t>(ZYN_ERR_FAILED) : 0u);
+}
+
+bool QTDDisplay::AddNotification(ZynDisplayCommand* receiver) {
+  messenger.AddReceiver(receiver);
+  return true;
+}
+
+bool QTDDisplay::DelNotification(ZynDisplayCommand* receiver) {
+  return messenger.RemoveReceiver(receiver);
+}
+
+QTD::Messenger* QTDDisplay::GetMessenger() {
+  return &messenger;
+}

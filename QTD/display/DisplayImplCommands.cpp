@@ -1,0 +1,178 @@
+// The host's short commands and parameter names, and mouse messages to the host's native window.
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "QTD/display/GuiThread.h"
+#include "QTD/display/LiveObjects.h"
+#include "QTD/display/QTDDisplay.h"
+#include "QTD/display/ZynDisplayImpl.h"
+#include "QTD/frame/ArgumentView.h"
+#include "QTD/frame/Text.h"
+#include "QTD/platform/Platform.h"
+
+namespace {
+
+constexpr int kMouseMessage = 1280;
+
+// One row for each kind of mouse notification that reaches the host's window.
+struct MouseRow {
+  const char* code;
+  bool left;       // the button that the row is for; moves have a row for either
+  bool waits;      // sent, and the receiver's result comes back; otherwise posted
+  uint32_t event;  // 0: no message
+};
+
+constexpr MouseRow kMouseRows[] = {
+    {"mouse.down", true, true, 0x4002},  {"mouse.down", false, false, 0x4004},
+    {"mouse.up", true, true, 0x4003},    {"mouse.up", false, false, 0},
+    {"mouse.move", true, false, 0x4008}, {"mouse.move", false, false, 0x4008},
+};
+
+struct MouseMessage {
+  uint64_t window;
+  bool waits;
+  uint64_t firstWord;
+  int64_t secondWord;
+};
+
+uint32_t Deliver(const MouseMessage& message) {
+  if (!QTD::platform::IsWindow(message.window)) return 0;
+  if (message.waits) {
+    return static_cast<uint32_t>(QTD::platform::SendWindowMessage(message.window, kMouseMessage,
+                                                                  message.firstWord, message.secondWord));
+  }
+  QTD::platform::PostWindowMessage(message.window, kMouseMessage, message.firstWord, message.secondWord);
+  return 0;
+}
+
+// The short commands that only have another name in the controller.
+struct ForwardRow {
+  const char* command;
+  const char* target;
+};
+
+constexpr ForwardRow kForwardRows[] = {
+    {"display.zoom.in", "cmd.display.view.zoom.in"},
+    {"display.zoom.out", "cmd.display.view.zoom.out"},
+};
+
+constexpr uint32_t kDumpColor = 0xC4C4;
+
+}  // namespace
+
+uint32_t ZynDisplayImpl::ExecuteCommand(const char* name) {
+  QTD::LiveCall call(static_cast<ZynDisplay*>(this));
+  if (!call) return Compose(ZYN_ERR_NOT_READY);
+  const std::string command = name ? name : "";
+  for (const ForwardRow& row : kForwardRows) {
+    if (command == row.command) return RunControllerCommand(row.target, nullptr);
+  }
+  if (command == "text.add") return ExecuteTextAdd();
+  if (command == "text.del") return ExecuteTextDelete();
+  if (command == "display.dump.on") return ExecuteDumpOn();
+  if (command == "display.atcenter") {
+    // One zero byte each: reads as 0.
+    QTD::ARGUMENTS args{{"pos.x", std::string(1, '\0')}, {"pos.y", std::string(1, '\0')}, {"cs", "base"}};
+    return RunControllerCommand("cmd.display.view.at", &args);
+  }
+  if (command == "display.dump.off") {
+    QTD::ARGUMENTS args{{"objectID", parameters.GetString("dump.objectID")}};
+    return RunControllerCommand("cmd.display.overlay.del", &args);
+  }
+  return 0;
+}
+
+uint32_t ZynDisplayImpl::RunControllerCommand(const char* command, QTD::ARGUMENTS* args) {
+  return controller->RunCommand(command, args) == 1 ? 0 : Compose(ZYN_ERR_FAILED);
+}
+
+uint32_t ZynDisplayImpl::ExecuteTextAdd() {
+  QTD::ARGUMENTS args{{"objectID", parameters.GetString("objectID")},
+                      {"text.font", parameters.GetString("text.font", "default")},
+                      {"text.clr", parameters.GetString("text.clr")},
+                      {"cs", parameters.GetString("cs")}};
+  parameters.Set("objectID", controller->AddText(parameters.GetString("text.text").c_str(),
+                                                 parameters.GetInt("text.pos.x"),
+                                                 parameters.GetInt("text.pos.y"), &args));
+  return 0;
+}
+
+uint32_t ZynDisplayImpl::ExecuteTextDelete() {
+  std::string id = parameters.GetString("objectID");
+  if (!controller->DeleteObject(id)) id.clear();
+  parameters.Set("objectID", id);
+  return 0;
+}
+
+uint32_t ZynDisplayImpl::ExecuteDumpOn() {
+  QTD::ARGUMENTS args{{"rect.x", parameters.GetString("dump.x")},
+                      {"rect.y", parameters.GetString("dump.y")},
+                      {"rect.w", parameters.GetString("dump.w")},
+                      {"rect.h", parameters.GetString("dump.h")},
+                      {"cs", "img"},
+                      {"line.width", "2"},
+                      {"line.clr", parameters.GetString("dump.clr", QTD::ToText(kDumpColor))},
+                      {"objectID", parameters.GetString("dump.objectID", "@dump")}};
+  const uint32_t code = RunControllerCommand("cmd.display.overlay.rect.add", &args);
+  if (code == 0) parameters.Set("dump.objectID", args["objectID"]);
+  return code;
+}
+
+// As its own parameter handler, and as a receiver of the controller's notifications.
+uint32_t ZynDisplayImpl::RunCommand(const char* name, QTD::ARGUMENTS* args) {
+  constexpr const char* kNotification = "notification";
+  const std::string command = name ? name : "";
+  if (!args) return 0;
+  if (command == "cmd.parameter.set") return SetParameterByCommand(*args);
+  // Reading "display.bg.color" or "view.scale" yields what was last stored: for the message "parameter.get"
+  // they would be brought up to date here, but no message of that name ever comes.
+  if (command.empty() || command.compare(0, std::strlen(kNotification), kNotification, 0,
+                                         std::min(command.size(), std::strlen(kNotification))) != 0) {
+    return 0;
+  }
+  (*args)["code"];  // an absent code is there afterwards, empty
+  return command == "notification.mouse" ? ForwardMouse(*args) : 0;
+}
+
+uint32_t ZynDisplayImpl::SetParameterByCommand(QTD::ARGUMENTS& args) {
+  QTD::ArgumentView view(&args);
+  const std::string name = view.GetString("name");
+  const std::string value = view.GetString("value");
+  if (name == "display.fit") {
+    // A refused fit keeps the old text.
+    QTD::ARGUMENTS fit{{"mode", value}};
+    return controller->RunCommand("cmd.display.view.fit", &fit) == 0 ? 1 : 0;
+  }
+  if (name == "display.bg.color") {
+    controller->SetParameterInt("display.view.bgcolor", QTD::ParseInt64(value));
+    int64_t color = 0;
+    controller->GetParameterInt("display.view.bgcolor", &color);
+    parameters.Set("display.bg.color", QTD::ToText(static_cast<int>(color)));
+  }
+  return 0;
+}
+
+uint32_t ZynDisplayImpl::ForwardMouse(QTD::ARGUMENTS& args) {
+  QTD::ArgumentView view(&args);
+  const std::string code = view.GetString("code");
+  const bool left = view.GetInt("left") != 0;
+  const auto row = std::find_if(std::begin(kMouseRows), std::end(kMouseRows), [&](const MouseRow& candidate) {
+    return code == candidate.code && left == candidate.left;
+  });
+  if (row == std::end(kMouseRows) || row->event == 0) return 0;
+
+  // First word: signature above event code. Second word: y above x, 16 bits each, as a signed 32-bit value.
+  const auto signature = static_cast<uint32_t>(parameters.GetInt64("system.signature")) & 0xFFFF;
+  const auto x = static_cast<uint32_t>(view.GetInt("win.x")) & 0xFFFF;
+  const auto y = static_cast<uint32_t>(view.GetInt("win.y")) & 0xFFFF;
+  const MouseMessage message{static_cast<uint64_t>(parameters.GetInt64("window.command")), row->waits,
+                             (uint64_t{signature} << 16) | row->event, static_cast<int32_t>((y << 16) | x)};
+  if (QTD::IsGuiThread()) return Deliver(message);
+  // Windows are the GUI thread's: a message from elsewhere is queued there.
+  QMetaObject::invokeMethod(
+      QCoreApplication::instance(), [message] { Deliver(message); }, Qt::QueuedConnection);
+  return 0;
+}

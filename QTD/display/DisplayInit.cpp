@@ -1,0 +1,218 @@
+// Initialisation of the display: viewer, chain, format and buffers.
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <thread>
+
+#include "QTD/chain/QTDConverter.h"
+#include "QTD/chain/QTDProcessor.h"
+#include "QTD/display/GuiThread.h"
+#include "QTD/display/LiveObjects.h"
+#include "QTD/display/QTDDisplay.h"
+#include "QTD/frame/Text.h"
+#include "QTD/image/ImageRecord.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+
+namespace {
+
+// Above this many pixels an OpenGL surface may have to work in strict mode.
+constexpr uint64_t kStrictPixels = 12000000;
+
+// The widget at that address, or null when the host has deleted it or gave something else.
+QWidget* LivingWidget(const void* address) {
+  const QWidgetList widgets = QApplication::allWidgets();
+  const auto found = std::find(widgets.begin(), widgets.end(), address);
+  return found == widgets.end() ? nullptr : *found;
+}
+
+bool HasSize(const ZynImage* image) {
+  return image && image->width > 0 && image->height > 0;
+}
+
+}  // namespace
+
+uint32_t QTDDisplay::Initialize(const ZynImage* imageFormat) {
+  QTD::LiveCall call(this);
+  if (!call) return Compose(ZYN_ERR_NOT_READY);
+  if (!HasSize(imageFormat)) return Fail(ZYN_ERR_BAD_ARGUMENT);
+  QTD::PROPERTIES params;
+  params.Set("inputImageFormat", QTD::ToText(static_cast<const void*>(imageFormat)));
+  return Compose(RunBlockingMessage("@init.display", params));
+}
+
+// The sender's own result, not `lastError`, comes back: another thread may have written that meanwhile.
+uint32_t QTDDisplay::RunBlockingMessage(const char* name, const QTD::PROPERTIES& params) {
+  auto message = std::make_shared<BlockingMessage>();
+  message->name = name;
+  message->params = params;
+  if (QTD::IsGuiThread()) return HandleMessage(message->name, message->params);
+
+  {
+    std::lock_guard<std::mutex> guard(messagesLock);
+    messages.push_back(message);
+  }
+  Q_EMIT signalObjectMessage(message->name.c_str(), &message->params);
+  while (!message->done) {
+    if (closing || QCoreApplication::closingDown()) return ZYN_ERR_NOT_READY;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return message->code;
+}
+
+void QTDDisplay::slotObjectMessage(const char* msgName, QTD::PROPERTIES* msgParams) {
+  // A sender that gave up has taken its arguments along: only the messages in the list are good.
+  std::shared_ptr<BlockingMessage> message;
+  {
+    std::lock_guard<std::mutex> guard(messagesLock);
+    const auto found = std::find_if(messages.begin(), messages.end(), [&](const auto& candidate) {
+      return &candidate->params == msgParams && candidate->name.c_str() == msgName;
+    });
+    if (found == messages.end()) return;
+    message = *found;
+    messages.erase(found);
+  }
+  message->code = HandleMessage(message->name, message->params);
+  message->done = true;
+}
+
+uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& params) {
+  lastError = 0;
+  if (name != "@init.display") return 0;
+  uint32_t code = ZYN_ERR_FAILED;
+  try {
+    code = InitDisplay(static_cast<const ZynImage*>(params.GetPointer("inputImageFormat")));
+  } catch (const std::exception&) {
+    // A parameter that cannot be read as a number.
+    Uninitialize();
+  }
+  lastError = code;
+  return code;
+}
+
+uint32_t QTDDisplay::InitDisplay(const ZynImage* imageFormat) {
+  std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  const bool opengl = parameters.GetInt("system.opengl") != 0;
+  Uninitialize();
+  lastError = 0;
+  StartTimer();
+
+  bool success = PrepareViewer(opengl);
+  if (success) {
+    success = BuildProcessor(imageFormat) && processor && format;
+    // By default a format that cannot be processed shows only at the first image.
+    if (parameters.GetBool("system.silent")) success = true;
+  }
+  if (!success) Uninitialize();
+
+  outputRateHistory.Reset(0.0);
+  inputRate.Reset();
+  outputRate.Reset();
+  return success ? 0 : static_cast<uint32_t>(ZYN_ERR_FAILED);
+}
+
+void QTDDisplay::StartTimer() {
+  delete timer;
+  timer = new QTimer(this);
+  connect(timer, &QTimer::timeout, this, &QTDDisplay::slotTimer);
+  timer->start(std::max(0, parameters.GetInt("system.timer", "1000")));
+}
+
+// The viewer of the wanted variant with its screen at the initial view; false when there is no screen.
+bool QTDDisplay::PrepareViewer(bool opengl) {
+  if (viewer && viewer->IsOpenGL() == opengl) {
+    viewer->setImage(nullptr, false);
+  } else {
+    QTDViewer* replaced = viewer;
+    viewer = nullptr;
+    delete replaced;
+    viewer = new QTDViewer(LivingWidget(parameters.GetPointer("system.parentWidget")), opengl);
+    connect(viewer, &QTDViewer::signalClosing, this, &QTDDisplay::slotViewerClosing, Qt::DirectConnection);
+    viewer->setMessenger(&messenger);
+    viewer->setDisplay(this);
+  }
+  parameters.Set("surface", viewer->Parameters().GetString("surface", QTD::ToText(nullptr)));
+
+  QTDScreen* screen = Screen();
+  if (!screen) return false;
+  screen->setFit(parameters.GetInt("display.init.view.fit"), true);
+  screen->setCenter(parameters.GetDouble("display.init.view.at.x"),
+                    parameters.GetDouble("display.init.view.at.y"));
+  return true;
+}
+
+bool QTDDisplay::BuildProcessor(const ZynImage* imageFormat) {
+  std::lock_guard<std::recursive_mutex> guard(handlerLock);
+  TakePictureAway();
+  ReleaseFormat();
+  processor.reset();
+  ++builds;
+  parameters.Set("processor", "0");
+  incoming.Free();
+  parameters.Set("surface", viewer->Parameters().GetString("surface", QTD::ToText(nullptr)));
+
+  processor = std::make_unique<QTDProcessor>(this, parameters.GetInt("system.opengl") != 0);
+  processor->Parameters().Set("image.downscale",
+                              QTD::ToText(parameters.GetInt("processing.image.downscale", "0")));
+  if (PrepareFormat(imageFormat)) return true;
+  ReleaseFormat();
+  incoming.Free();
+  return false;
+}
+
+bool QTDDisplay::PrepareFormat(const ZynImage* imageFormat) {
+  if (!HasSize(imageFormat)) return false;
+  // Taken apart for the sign: a record's height is unsigned, a helper's negative height means bottom-up.
+  if (imageFormat->height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) return false;
+  format = QTD::ImageCreateHeader(nullptr, imageFormat->width, static_cast<int32_t>(imageFormat->height),
+                                  imageFormat->pixelType);
+  if (!format) return false;
+
+  if (QTDSurface* surface = Window() ? Window()->Surface() : nullptr) {
+    const uint64_t pixels = uint64_t{format->width} * format->height;
+    const bool strict = pixels > kStrictPixels && surface->properties.GetInt("gl.strict", "0") != 0;
+    parameters.Set("strict", QTD::ToText(strict));
+  }
+
+  const uint64_t bytes = uint64_t{format->imageSize} + QTD::kRecordSize;
+  if (bytes > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return false;
+  if (!incoming.Allocate(static_cast<int32_t>(bytes))) return false;
+  const ZynImage header = QTD::ImageCompleted(*imageFormat);
+  if (processor->Init(&header) != 0) return false;
+  if (viewer->attachProcessor(&header, processor.get()) != 0) return false;
+
+  parameters.Set("processor",
+                 QTD::ToText(static_cast<const void*>(static_cast<ZynImgProcessingChain*>(processor.get()))));
+  SetPrepared({true, format->width, format->height, format->pixelType, format->imageSize, format->linePitch});
+  return true;
+}
+
+void QTDDisplay::ReleaseFormat() {
+  SetPrepared({});
+  QTD::ImageDelete(format);
+}
+
+// The picture belongs to the chain: window and text templates let go of it before the chain does.
+void QTDDisplay::TakePictureAway() {
+  if (viewer) viewer->setImage(nullptr, false);
+}
+
+void QTDDisplay::Uninitialize() {
+  std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  TakePictureAway();
+  processor.reset();
+  ++builds;
+  converter.reset();
+  ReleaseFormat();
+  if (timer && QTD::IsGuiThread()) {
+    delete timer;
+  } else if (timer) {
+    timer->deleteLater();
+  }
+  timer = nullptr;
+  incoming.Free();
+  parameters.Set("processor", "0");
+}

@@ -1,0 +1,110 @@
+#include "QTD/display/LiveObjects.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <algorithm>
+
+#include "QTD/display/GuiThread.h"
+#include "QTD/frame/Messenger.h"
+
+namespace QTD {
+
+namespace {
+
+constexpr int kRetryMilliseconds = 1;
+
+auto FindThread(std::vector<std::pair<std::thread::id, int>>& calls) {
+  return std::find_if(calls.begin(), calls.end(),
+                      [](const auto& call) { return call.first == std::this_thread::get_id(); });
+}
+
+}  // namespace
+
+LiveObjects& LiveObjects::Instance() {
+  // Never destroyed: hosts may call until the very end of the process.
+  static LiveObjects& instance = *new LiveObjects;
+  return instance;
+}
+
+void LiveObjects::Add(const void* object) {
+  std::lock_guard<std::mutex> guard(lock);
+  objects[object] = Calls{};
+}
+
+bool LiveObjects::Enter(const void* object) {
+  std::lock_guard<std::mutex> guard(lock);
+  const auto found = objects.find(object);
+  if (found == objects.end()) return false;
+  auto& calls = found->second.byThread;
+  const auto own = FindThread(calls);
+  // A call that is already under way may go on calling while the object closes.
+  if (own != calls.end()) {
+    ++own->second;
+    return true;
+  }
+  if (found->second.closing) return false;
+  calls.emplace_back(std::this_thread::get_id(), 1);
+  return true;
+}
+
+void LiveObjects::Leave(const void* object) {
+  std::lock_guard<std::mutex> guard(lock);
+  const auto found = objects.find(object);
+  if (found == objects.end()) return;
+  auto& calls = found->second.byThread;
+  const auto own = FindThread(calls);
+  if (own == calls.end() || --own->second > 0) return;
+  *own = calls.back();
+  calls.pop_back();
+  left.notify_all();
+}
+
+bool LiveObjects::IsInside(const void* object) {
+  std::lock_guard<std::mutex> guard(lock);
+  const auto found = objects.find(object);
+  return found != objects.end() && FindThread(found->second.byThread) != found->second.byThread.end();
+}
+
+bool LiveObjects::Retire(const void* object, std::function<void()> destroy) {
+  {
+    std::lock_guard<std::mutex> guard(lock);
+    const auto found = objects.find(object);
+    if (found == objects.end() || found->second.closing) return false;
+    found->second.closing = true;
+  }
+  if (IsGuiThread()) {
+    FinishRetirement(object, destroy);
+  } else {
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [this, object, destroy] { FinishRetirement(object, destroy); },
+        Qt::QueuedConnection);
+  }
+  return true;
+}
+
+void LiveObjects::FinishRetirement(const void* object, const std::function<void()>& destroy) {
+  // Further up the stack this thread is still using the object: come back when it has returned.
+  if ((IsInside(object) || Messenger::IsDelivering()) && QCoreApplication::instance()) {
+    QTimer::singleShot(kRetryMilliseconds, QCoreApplication::instance(),
+                       [this, object, destroy] { FinishRetirement(object, destroy); });
+    return;
+  }
+  Remove(object);
+  destroy();
+}
+
+void LiveObjects::Remove(const void* object) {
+  std::unique_lock<std::mutex> guard(lock);
+  const auto found = objects.find(object);
+  if (found == objects.end()) return;
+  found->second.closing = true;
+  // Map nodes stay where they are while others come and go.
+  auto& calls = found->second.byThread;
+  left.wait(guard, [&calls] {
+    return std::all_of(calls.begin(), calls.end(),
+                       [](const auto& call) { return call.first == std::this_thread::get_id(); });
+  });
+  objects.erase(object);
+}
+
+}  // namespace QTD

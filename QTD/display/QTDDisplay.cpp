@@ -1,0 +1,127 @@
+#include "QTD/display/QTDDisplay.h"
+
+#include <QMetaType>
+#include <QTimer>
+
+#include "QTD/chain/QTDConverter.h"
+#include "QTD/chain/QTDProcessor.h"
+#include "QTD/display/LiveObjects.h"
+#include "QTD/frame/Text.h"
+#include "QTD/image/ImageRecord.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+
+namespace {
+
+struct Default {
+  const char* name;
+  const char* value;
+};
+
+// The display's parameters after creation, in the order of the list.
+constexpr Default kDefaults[] = {
+    {"system.silent", "1"},
+    {"system.timer", "1000"},
+    {"display.init.view.fit", "1"},
+    {"display.init.view.at.x", "0.500000"},
+    {"display.init.view.at.y", "0.500000"},
+    {"display.view.fit", "3"},
+    {"display.view.bgcolor", "12632256"},
+    {"display.overlay.text.font", "default"},
+    {"display.overlay.text.clr", "0"},
+    {"display.overlay.status.font", "medium"},
+    {"display.overlay.status.clr", "15480"},
+    {"processing.image.downscale", "0"},
+    {"processor", "0"},
+    {"display.view.status", "0"},
+};
+
+void RegisterSignalTypes() {
+  qRegisterMetaType<const char*>("const char*");
+  qRegisterMetaType<QTD::PROPERTIES*>("QTD::PROPERTIES*");
+  qRegisterMetaType<ZynImage*>("ZynImage*");
+}
+
+}  // namespace
+
+QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
+  RegisterSignalTypes();
+  QTD::LiveObjects::Instance().Add(this);
+
+  parameters.Set("class", "QTDDisplay");
+  parameters.Set("system.opengl", QTD::ToText(opengl));
+  parameters.Set("system.parentWidget", QTD::ToText(static_cast<const void*>(parentWidget)));
+  parameters.Set("system.objectID", QTD::ToText(static_cast<const void*>(this)));
+  for (const Default& entry : kDefaults) parameters.Set(entry.name, entry.value);
+
+  connect(this, &QTDDisplay::signalObjectMessage, this, &QTDDisplay::slotObjectMessage, Qt::QueuedConnection);
+  connect(this, &QTDDisplay::signalImageReceived, this, &QTDDisplay::slotCheckIncomingBuffer,
+          Qt::QueuedConnection);
+  connect(this, &QTDDisplay::signalImageProcessed, this, &QTDDisplay::slotImageProcessed,
+          Qt::DirectConnection);
+  connect(this, &QTDDisplay::signalConvertImage, this, &QTDDisplay::slotConvertImage, Qt::QueuedConnection);
+  connect(this, &QTDDisplay::signalRebuildImage, this, &QTDDisplay::slotRebuildImage, Qt::QueuedConnection);
+  connect(this, &QTDDisplay::signalCheckIncomingBuffer, this, &QTDDisplay::slotCheckIncomingBuffer,
+          Qt::QueuedConnection);
+
+  SetParameterHandlers(this, this);
+  messenger.GetCommonProperties()->Set("from", QTD::ToText(static_cast<const void*>(this)));
+  messenger.AddReceiver(this);
+}
+
+QTDDisplay::~QTDDisplay() {
+  BeginClosing();
+  QTD::LiveObjects::Instance().Remove(this);
+  Uninitialize();
+  {
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    QTDViewer* closed = viewer;
+    viewer = nullptr;
+    delete closed;
+  }
+  // The messenger's thread may still be inside this object's own `RunCommand`.
+  messenger.RemoveReceiver(this);
+  messenger.StopAndWait();
+}
+
+void QTDDisplay::BeginClosing() {
+  closing = true;
+}
+
+ZynComponent* QTDDisplay::GetComponent() {
+  return this;
+}
+
+ZynImgProcessingChain* QTDDisplay::GetProcessor() {
+  std::lock_guard<std::recursive_mutex> guard(handlerLock);
+  return processor.get();
+}
+
+uint32_t QTDDisplay::Fail(uint32_t code) {
+  lastError = code;
+  return Compose(code);
+}
+
+QTDWindow* QTDDisplay::Window() const {
+  return viewer ? viewer->Window() : nullptr;
+}
+
+QTDScreen* QTDDisplay::Screen() const {
+  QTDWindow* window = Window();
+  return window ? window->Screen() : nullptr;
+}
+
+// The host deleted its widget, and the viewer goes with it: the display is closed until the next
+// `Initialize`.
+void QTDDisplay::slotViewerClosing() {
+  Uninitialize();
+  std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  viewer = nullptr;
+}
+
+// Without images the rates decay, since each tick looks at their window anew.
+void QTDDisplay::slotTimer() {
+  outputRate.Tick(false);
+  outputRateHistory.Push(outputRate.Rate());
+  inputRate.Tick(false);
+}

@@ -1,0 +1,61 @@
+// The implementation of the parameter interface that every configurable object inherits.
+#pragma once
+
+#include <log4cpp/Category.hh>
+#include <mutex>
+#include <string>
+
+#include "QTD/frame/Properties.h"
+#include "QTD/frame/RMutex.h"
+#include "ZynComponent.h"
+
+namespace QTD {
+
+class ComponentImpl : public ZynComponent {
+ public:
+  ComponentImpl();
+  ~ComponentImpl() override;
+
+  uint8_t GetComponentID() override;
+  uint32_t GetParameterCount() override;
+  uint32_t GetParameterName(uint32_t index, char* buffer, uint32_t* size) override;
+  uint32_t GetParameter(const char* name, char* buffer, uint32_t* size) override;
+  uint32_t SetParameter(const char* name, const char* value) override;
+  uint32_t SetParameterBool(const char* name, uint8_t value) override;
+  uint32_t SetParameterInt(const char* name, int64_t value) override;
+  uint32_t SetParameterDouble(const char* name, double value) override;
+  uint32_t SetParameterString(const char* name, const char* value) override;
+  uint32_t SetParameterExtra(const char* name, const void* value) override;
+  uint32_t GetParameterBool(const char* name, uint8_t* result) override;
+  uint32_t GetParameterInt(const char* name, int64_t* result) override;
+  uint32_t GetParameterDouble(const char* name, double* result) override;
+  uint32_t GetParameterString(const char* name, char* buffer, uint32_t* size) override;
+  uint32_t GetParameterExtra(const char* name, void* result) override;
+  uint32_t ExecuteCommand(const char* name) override;
+
+  // Installs the sinks that may observe or refuse each access; not owned, null removes one.
+  virtual void SetParameterHandlers(ZynDisplayCommand* setter, ZynDisplayCommand* getter);
+  // Asks the handler, on the caller's thread and with `handlerLock` held: 0 go on, 1 stop.
+  virtual uint32_t CallParameterHandler(bool isSet, const char* name, const std::string& value);
+
+  // 0 for code 0, else 0x80000000 | component id << 16 | code.
+  uint32_t Compose(uint32_t code);
+
+  PROPERTIES& Parameters() { return parameters; }
+
+ protected:
+  uint8_t componentID = 0xFF;
+  PROPERTIES parameters;
+  ZynDisplayCommand* setHandler = nullptr;  // guarded by `handlerLock`
+  ZynDisplayCommand* getHandler = nullptr;  // guarded by `handlerLock`
+  std::recursive_mutex handlerLock;         // guards the handlers; held for the whole of a handler call
+  log4cpp::Category& log;                   // the category "ZynDisplayQt"; write to it through ZYN_TRACE
+
+ private:
+  uint32_t CopyText(const std::string& text, char* buffer, const uint32_t* size);
+  uint32_t Store(const char* name, const std::string& offered, std::string kept);
+  template <typename Value, typename Parse>
+  uint32_t Read(const char* name, Value* result, Parse parse);
+};
+
+}  // namespace QTD

@@ -1,0 +1,58 @@
+// Delivers named notifications to a list of receivers.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "QTD/frame/Properties.h"
+#include "QTD/frame/RMutex.h"
+#include "QTD/frame/Thread.h"
+#include "ZynComponent.h"
+
+namespace QTD {
+
+class Receivers;
+
+// `Send` delivers on the caller's thread and answers; `Post` queues for the messenger thread. Posted messages
+// coalesce by name and "code". No lock of the messenger is held while a receiver runs, so a receiver may call
+// anything, from any thread. The thread runs while there are receivers. Any thread may call any operation.
+class Messenger : public Thread {
+ public:
+  Messenger();
+  ~Messenger() override;
+
+  bool Loop() override;
+
+  // Null and known ones are ignored. Starts the thread.
+  virtual void AddReceiver(ZynDisplayCommand* receiver);
+  // Waits for a delivery to that receiver that is under way on another thread, so that the receiver may be
+  // deleted afterwards. Does not wait inside a delivery to that receiver. Always true.
+  virtual bool RemoveReceiver(ZynDisplayCommand* receiver);
+  // The OR of the receivers' results. Without `args` the receivers get an empty map, without the common
+  // pairs. What a receiver throws goes on to the caller.
+  virtual uint32_t Send(const char* message, ARGUMENTS* args);
+  // False for a null name; an empty one is not queued.
+  virtual bool Post(const char* message, ARGUMENTS* args);
+  virtual PROPERTIES* GetCommonProperties();  // pairs that go with every message
+
+  // Whether the calling thread is inside a receiver, of whichever messenger.
+  static bool IsDelivering();
+
+ private:
+  // By name, then by "code".
+  using Queue = std::map<std::pair<std::string, std::string>, PROPERTIES>;
+
+  // Makes a change of the list, and the start or stop of the thread that follows from it, one step. Never
+  // held while a receiver runs.
+  std::recursive_mutex membershipLock;
+  const std::shared_ptr<Receivers> receivers;  // deliveries hold a share, and may outlive the messenger
+  Queue queue;
+  std::recursive_mutex queueLock;  // guards `queue`
+  PROPERTIES common;
+  RMutex sendLock;  // serialises the making of messages, not their delivery; taken before `queueLock`
+};
+
+}  // namespace QTD

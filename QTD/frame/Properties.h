@@ -1,0 +1,71 @@
+// The ordered, locked list of name/value texts: a component's parameters, a message's attributes.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "ZynComponent.h"
+
+namespace QTD {
+
+struct Property {
+  std::string name;
+  std::string value;
+};
+
+// Names are unique and never empty; the order of insertion stays, and single items are never removed. Any
+// thread may call any operation.
+class PROPERTIES {
+ public:
+  PROPERTIES() = default;
+  PROPERTIES(const PROPERTIES& other);             // copies the items; mutex and tag are fresh
+  PROPERTIES& operator=(const PROPERTIES& other);  // replaces the items
+  virtual ~PROPERTIES();                           // waits until no thread is inside an operation
+
+  // Appends, or replaces the value when `overwrite` is set. `stored` tells whether `value` now stands in the
+  // list. An empty name changes nothing, `stored` included.
+  PROPERTIES& Set(std::string name, std::string value, bool overwrite = true, bool* stored = nullptr);
+
+  // Position of the item, or end(). Good only while no other thread can append: hold `lock` or own the list.
+  std::vector<Property>::iterator Find(std::string name);
+  std::vector<Property>::iterator end() { return items.end(); }
+  bool Has(std::string name);
+  // The value, under the lock; false when there is no such item.
+  bool Lookup(const std::string& name, std::string* value);
+
+  int Count() const { return count; }  // takes no lock, may be out of date
+  bool IsIndexValid(int index) const { return index >= 0 && index < Count(); }
+  std::string NameAt(int index);
+
+  // Reads. A present value is taken even when empty; an absent one gives `fallback`. Parsing: see Text.h.
+  int GetInt(std::string name, std::string fallback = "");
+  int64_t GetInt64(std::string name, std::string fallback = "");
+  bool GetBool(std::string name, std::string fallback = "");
+  double GetDouble(std::string name, std::string fallback = "");
+  void* GetPointer(std::string name, std::string fallback = "");
+  std::string GetString(std::string name, std::string fallback = "");
+
+  void Merge(PROPERTIES* other);                     // every pair of the other list, overwriting
+  void ImportArguments(const ARGUMENTS& arguments);  // every pair of the map, overwriting
+  int ExportArguments(ARGUMENTS& arguments);         // answers how many it stored
+  void Clear();                                      // removes all items
+
+  std::recursive_mutex& Mutex() { return lock; }
+
+ private:
+  std::vector<Property> Items() const;  // a copy, taken under the lock
+  // With `lock` held: the position of `name`, and the update of `count` after the items changed.
+  std::vector<Property>::iterator Position(const std::string& name);
+  void Counted();
+  std::string TextOf(const std::string& name, const std::string& fallback);
+
+  std::vector<Property> items;        // guarded by `lock`
+  std::atomic<int> count{0};          // their number, so that Count needs no lock
+  mutable std::recursive_mutex lock;  // guards `items`
+  std::string tag;                    // stays empty
+};
+
+}  // namespace QTD

@@ -1,0 +1,59 @@
+// The receivers of a messenger, and the deliveries to them that are under way.
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "ZynComponent.h"
+
+namespace QTD {
+
+// No lock is held while a receiver runs. A delivery works on its own share of this object, so that a receiver
+// may even delete the messenger. Any thread may call any operation.
+class Receivers {
+ public:
+  enum class Exceptions { pass, swallow };
+
+  // Null and known ones are ignored; false when closed.
+  bool Add(ZynDisplayCommand* receiver);
+  // No delivery to it begins afterwards, unless it is added again. Answers the moment, for
+  // `WaitForDeliveries`.
+  uint64_t Remove(ZynDisplayCommand* receiver);
+  bool Empty() const;
+  // Removes all, for good. While it lives, the calling thread counts as waiting for all deliveries of this
+  // object.
+  class Closing;
+
+  // Waits for the deliveries to `receiver` that began before `moment` and are under way on other threads.
+  // Returns at once inside a delivery to that receiver, and does not wait for a thread that waits, directly
+  // or through others, for this one.
+  void WaitForDeliveries(const ZynDisplayCommand* receiver, uint64_t moment) const;
+
+  // Calls each receiver in order of registration; the OR of their results. All see the same `args`.
+  uint32_t Deliver(const char* message, ARGUMENTS& args, Exceptions exceptions);
+
+  // Whether the calling thread is inside a delivery, of whichever messenger.
+  static bool IsDelivering();
+
+ private:
+  class Delivery;
+  std::vector<ZynDisplayCommand*> Copy() const;
+
+  mutable std::mutex lock;  // guards all of the following; taken before the register of deliveries
+  std::vector<ZynDisplayCommand*> receivers;  // no duplicates, no null
+  bool closed = false;
+};
+
+class Receivers::Closing {
+ public:
+  explicit Closing(Receivers& closedReceivers);
+  ~Closing();
+  Closing(const Closing&) = delete;
+  Closing& operator=(const Closing&) = delete;
+
+ private:
+  Receivers& receivers;
+};
+
+}  // namespace QTD

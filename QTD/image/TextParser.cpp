@@ -1,0 +1,9 @@
+#include "QTD/image/TextParser.h"
+
+namespace QTD {
+
+std::string TextParser::Parse(const char* text) {
+  return text != nullptr ? text : "";
+}
+
+}  // namespace QTD

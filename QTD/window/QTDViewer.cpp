@@ -1,0 +1,185 @@
+#include "QTD/window/QTDViewer.h"
+
+#include <QResizeEvent>
+#include <QScrollBar>
+#include <QVBoxLayout>
+#include <chrono>
+
+#include "QTD/frame/Logging.h"
+#include "QTD/frame/Text.h"
+#include "QTD/window/QTDWindow.h"
+
+using QTD::ToText;
+
+QTDViewer::QTDViewer(QWidget* parentWidget, bool opengl) : QWidget(parentWidget) {
+  parameters.Set("class", "QTDViewer");
+  note("system.opengl", ToText(opengl));
+  note("system.parentWidget", ToText(static_cast<const void*>(parentWidget)));
+  if (!parentWidget) {
+    lastError = kBadArgument;
+    return;
+  }
+  makeBars();
+  const bool made = makeWindow(opengl);
+  layOut(parentWidget);
+  if (!made) return;
+
+  if (window->open()) {
+    note("surface", ToText(static_cast<const void*>(window->Surface())));
+  } else {
+    delete container.data();  // and the window with it
+    lastError = kNotReady;
+  }
+}
+
+// The host's widget outlives this one, or is just being destroyed: what stands in it is taken out as far as
+// it still exists. The window goes without `lock`, since its end may run host code.
+QTDViewer::~QTDViewer() {
+  Q_EMIT signalClosing();
+  if (window) window->disconnect(this);
+  QTDWindow* closing = nullptr;
+  {
+    std::lock_guard<std::recursive_mutex> hold(lock);
+    closing = window;
+    window = nullptr;
+    image = nullptr;
+    QTDViewer::releaseImages();
+  }
+  delete closing;
+  delete container.data();
+  place.Remove(this, vertBar);
+  delete vertBar.data();
+}
+
+void QTDViewer::note(const char* name, const std::string& value) {
+  properties.Set(name, value);
+  parameters.Set(name, value);
+}
+
+void QTDViewer::makeBars() {
+  horzBar = new QScrollBar(Qt::Horizontal, this);
+  vertBar = new QScrollBar(Qt::Vertical, this);
+  connect(horzBar, &QScrollBar::valueChanged, this, &QTDViewer::slotHorzSliderChanged);
+  connect(vertBar, &QScrollBar::valueChanged, this, &QTDViewer::slotVertSliderChanged);
+}
+
+bool QTDViewer::makeWindow(bool opengl) {
+  window = new QTDWindow(this, opengl);
+  container = QWidget::createWindowContainer(window, this);
+  if (!container) {
+    delete window.data();
+    lastError = kNotReady;
+    return false;
+  }
+  container->setFocusPolicy(Qt::StrongFocus);
+  connect(window, &QTDWindow::signalClosing, this, &QTDViewer::dropContainer);
+  window->setScrollBars(horzBar, vertBar);
+  return true;
+}
+
+// Somebody else is deleting the window. Qt's container does not bear to be moved without one, so it leaves at
+// once.
+void QTDViewer::dropContainer() {
+  if (properties.Has("surface")) note("surface", ToText(nullptr));
+  if (!container) return;
+  container->setParent(nullptr);
+  container->deleteLater();
+}
+
+// The horizontal bar lies under the picture, inside the viewer, the vertical one beside the viewer, in the
+// host's widget.
+void QTDViewer::layOut(QWidget* parentWidget) {
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  if (container) column->addWidget(container, 1);
+  column->addWidget(horzBar);
+  place.Add(parentWidget, this, vertBar);
+
+  horzBar->show();
+  vertBar->show();
+  if (container) container->show();
+  show();
+  activateWindow();
+}
+
+void QTDViewer::setImage(const ZynImage* picture, bool forceUpdate) {
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  if (!window) return;
+  image = picture;
+  window->setImage(picture, false);
+  if (forceUpdate) {
+    window->update();
+    return;
+  }
+  const std::chrono::nanoseconds now = std::chrono::steady_clock::now().time_since_epoch();
+  ZYN_TRACE(log, "QTDViewer::setImage: post UpdateRequest, sys timestamp %lld ns, image id %llu",
+            static_cast<long long>(now.count()),
+            static_cast<unsigned long long>(picture ? picture->imageID : 0));
+  QTD::UpdateEvent::Post(this, posted);
+}
+
+// A repaint that is asked of the viewer is one of the window, which paints all there is to see.
+bool QTDViewer::event(QEvent* event) {
+  try {
+    if (QTD::UpdateEvent::Take(event, posted) && window) window->update();
+    return QWidget::event(event);
+  } catch (const std::exception& error) {
+    ZYN_TRACE(QTD::LogCategory(), "QTDViewer::event(): %s", error.what());
+  }
+  return true;
+}
+
+void QTDViewer::resizeEvent(QResizeEvent* event) {
+  if (window) QWidget::resize(event->size());
+}
+
+void QTDViewer::redraw() {
+  const std::unique_lock<std::recursive_mutex> hold(lock, std::try_to_lock);
+  if (hold && window) window->update();
+}
+
+void QTDViewer::setMessenger(QTD::Messenger* receiver) {
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  messenger = receiver;
+  if (window) window->setMessenger(messenger);
+}
+
+void QTDViewer::setDisplay(ZynDisplayProcessor* controller) {
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  display = controller;
+}
+
+QTDWindow* QTDViewer::Window() const {
+  return window;
+}
+
+bool QTDViewer::IsOpenGL() {
+  return properties.GetBool("system.opengl");
+}
+
+void QTDViewer::slotDisplayImage(ZynImage* picture, bool forceUpdate) {
+  setImage(picture, forceUpdate);
+}
+
+void QTDViewer::slotDisplayImage(ZynImage* picture) {
+  setImage(picture, false);
+}
+
+void QTDViewer::slotHorzSliderChanged(int value) {
+  scroll(value, -1);
+}
+
+void QTDViewer::slotVertSliderChanged(int value) {
+  scroll(-1, value);
+}
+
+// Runs inside an event handler of the bar, which no exception may leave.
+void QTDViewer::scroll(int x, int y) {
+  std::lock_guard<std::recursive_mutex> hold(handlerLock);
+  try {
+    if (window) window->scrollTo(x, y);
+  } catch (const std::exception& error) {
+    ZYN_TRACE(log, "QTDViewer::scroll(): %s", error.what());
+  }
+}

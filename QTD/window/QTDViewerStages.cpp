@@ -1,0 +1,80 @@
+// The stages that every picture passes last, on its way from the chain to the window.
+#include <memory>
+
+#include "QTD/image/ImageRecord.h"
+#include "QTD/image/PixelFormats.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+#include "ZynPixelFormat.h"
+#include "cpu/stages/CPUIPImage.h"
+
+namespace {
+
+constexpr uint32_t kCodeMask = 0xFFFF;
+
+bool HasSize(const ZynImage* record) {
+  return record && record->width > 0 && record->height > 0;
+}
+
+ZynImage* MakeRecord(const ZynImage& size, uint32_t pixelType) {
+  if (size.height > static_cast<uint32_t>(INT32_MAX)) return nullptr;
+  return QTD::ImageCreateHeader(nullptr, size.width, static_cast<int32_t>(size.height), pixelType);
+}
+
+}  // namespace
+
+uint32_t QTDViewer::attachProcessor(const ZynImage* format, ZynImgProcessingChain* processor) {
+  lastError = kSuccess;
+  if (!HasSize(format) || !processor) return finish(kBadArgument);
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  const uint32_t code = IsOpenGL() ? attachGL(format, processor) : attachCPU(format, processor);
+  if (code != kSuccess) releaseImages();
+  return finish(code);
+}
+
+uint32_t QTDViewer::finish(uint32_t code) {
+  lastError = code;
+  return code;
+}
+
+uint32_t QTDViewer::releaseImages() {
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  QTD::ImageDelete(stageSource);
+  QTD::ImageDelete(stageOutput);
+  return kSuccess;
+}
+
+// The stages of the OpenGL variant are not part of this library yet, so nothing can be attached even to a
+// window that has a surface.
+uint32_t QTDViewer::attachGL(const ZynImage*, ZynImgProcessingChain* processor) {
+  if (!processor) return finish(kBadArgument);
+  if (!window || !window->Surface()) return finish(kNotReady);
+  return finish(kStageFailed);
+}
+
+uint32_t QTDViewer::attachCPU(const ZynImage* format, ZynImgProcessingChain* processor) {
+  if (!processor) return finish(kBadArgument);
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  if (!window) return finish(kNotReady);
+  const ZynImage* last = processor->GetImageInfo(false);
+  const ZynImage* source = last ? last : format;
+  if (!HasSize(source)) return finish(kNotReady);
+
+  releaseImages();
+  stageSource = MakeRecord(*source, source->pixelType);
+  stageOutput = MakeRecord(*source, ZYN_PIXEL_RGB8);
+  if (!stageSource || !stageOutput) return finish(kNoMemory);
+  return finish(attachDisplayStage(processor));
+}
+
+uint32_t QTDViewer::attachDisplayStage(ZynImgProcessingChain* processor) {
+  auto stage = std::make_unique<CPUIPImage>(processor->GetComponent());
+  if ((stage->Init(stageSource, stageOutput) & kCodeMask) == 0 &&
+      (processor->AddProcessor("image.display", stage.get()) & kCodeMask) == 0) {
+    // The chain releases and deletes it from now on.
+    static_cast<void>(stage.release());
+    return kSuccess;
+  }
+  stage->Release();
+  return kStageFailed;
+}

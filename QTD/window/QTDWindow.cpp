@@ -1,0 +1,201 @@
+#include "QTD/window/QTDWindow.h"
+
+#include <QCursor>
+#include <QScrollBar>
+#include <QThread>
+#include <QWidget>
+#include <algorithm>
+#include <limits>
+
+#include "QTD/frame/Logging.h"
+#include "QTD/frame/Text.h"
+#include "cpu/screen/CPUScreen.h"
+#include "cpu/screen/CPUSurface.h"
+
+using QTD::ToText;
+
+namespace {
+
+constexpr int kOneToOne = 3;
+
+int HeldSize(uint32_t pixels) {
+  return static_cast<int>(std::min<uint32_t>(pixels, std::numeric_limits<int>::max()));
+}
+
+}  // namespace
+
+QTDWindow::QTDWindow(QWidget* parentWidget, bool opengl) : parent(parentWidget) {
+  setSurfaceType(opengl ? QSurface::OpenGLSurface : QSurface::RasterSurface);
+  parameters.Set("class", "QTDWindow");
+  parameters.Set("parent", ToText(static_cast<const void*>(parentWidget)));
+  parameters.Set("opengl", ToText(opengl));
+}
+
+QTDWindow::~QTDWindow() {
+  // A host that deletes the window while it hears of the mouse is not told once more: it would delete it
+  // again.
+  if (telling > 0) messenger = nullptr;
+  // Receivers that "mouse.free" reaches must find no exception on their way out of a destructor.
+  try {
+    QTDWindow::focusLost();
+    QTDWindow::close();
+  } catch (...) {
+  }
+  Q_EMIT signalClosing();
+}
+
+bool QTDWindow::open() {
+  const bool opengl = parameters.GetInt("opengl") == 1;
+  close();
+  failed = false;
+  {
+    std::lock_guard<std::recursive_mutex> input(inputLock);
+    QWindow::create();
+    if (!makeSurface(opengl) || !makeScreen()) failed = true;
+    if (!failed) {
+      drawObjects.setSurface(surface.get());
+      drawObjects.setViewport(0, 0, surface->size.width, surface->size.height);
+      std::lock_guard<std::recursive_mutex> hold(handlersLock);
+      handlers.insert(handlers.begin(), static_cast<QTDInput*>(this));
+    }
+  }
+  if (failed) {
+    close();
+    return false;
+  }
+  // A window that was closed and opened again while it is shown gets no further resize event.
+  if (shownSize.isValid()) resize(shownSize.width(), shownSize.height());
+  Execute("view.changed", nullptr);
+  return true;
+}
+
+// The OpenGL surface is not part of this library yet: a window that asks for it does not open.
+bool QTDWindow::makeSurface(bool opengl) {
+  if (opengl) return false;
+  auto made = std::make_unique<CPUSurface>();
+  parameters.Set("surface", ToText(static_cast<const void*>(made.get())));
+  QTD::PROPERTIES list;
+  list.Set("window", ToText(static_cast<const void*>(static_cast<QWindow*>(this))));
+  const bool ready = made->init(&list);
+  std::lock_guard<std::recursive_mutex> painting(renderLock);
+  surface = std::move(made);
+  return ready;
+}
+
+bool QTDWindow::makeScreen() {
+  auto made = std::make_unique<CPUScreen>(surface.get());
+  QTDScreen* created = made.get();
+  {
+    std::lock_guard<std::recursive_mutex> painting(renderLock);
+    screen = std::move(made);
+  }
+  return created->init(this, 0, 0, kOneToOne);
+}
+
+bool QTDWindow::close() {
+  std::lock_guard<std::recursive_mutex> input(inputLock);
+  std::lock_guard<std::recursive_mutex> painting(renderLock);
+  {
+    std::lock_guard<std::recursive_mutex> hold(handlersLock);
+    handlers.clear();
+  }
+  releaseMouse();
+  mouseMode = kIdle;
+  rightPressed = false;
+  drawObjects.setSurface(nullptr);
+  // The screen paints on the surface, so it goes first.
+  screen.reset();
+  surface.reset();
+  parameters.Set("surface", ToText(nullptr));
+  return true;
+}
+
+bool QTDWindow::isOpen() {
+  return surface && screen;
+}
+
+bool QTDWindow::hasImage() {
+  std::lock_guard<std::mutex> hold(imageLock);
+  return image && image->width > 0 && image->height > 0 && image->imageData;
+}
+
+void QTDWindow::setImage(const ZynImage* picture, bool refresh) {
+  std::lock_guard<std::recursive_mutex> input(inputLock);
+  replaceImage(picture);
+  if (!picture) return;
+  ZYN_TRACE(log, "QTDWindow::setImage(): id = %llu", static_cast<unsigned long long>(imageID));
+  if (screen) screen->setImageSize(HeldSize(picture->width), HeldSize(picture->height));
+  followView();
+  syncScrollBars(kBothBars);
+  if (refresh) update();
+}
+
+void QTDWindow::replaceImage(const ZynImage* picture) {
+  std::lock_guard<std::recursive_mutex> painting(renderLock);
+  if (picture != image && drawObjects.Parser()) {
+    // Templates hold the former picture: take it from them, and wait for an expansion that is under way
+    // (`get` takes both locks of the store). The next painting gives them the new one.
+    drawObjects.Parser()->variables.Set("image", ToText(nullptr));
+    QTD::PROPERTIES unused;
+    drawObjects.get(std::string(), &unused);
+  }
+  std::lock_guard<std::mutex> hold(imageLock);
+  image = picture;
+  imageID = picture ? picture->imageID : 0;
+}
+
+void QTDWindow::resize(int width, int height) {
+  std::lock_guard<std::recursive_mutex> input(inputLock);
+  if (!isOpen()) return;
+  screen->setWindowSize(width, height);
+  drawObjects.setSurface(surface.get());
+  drawObjects.setViewport(0, 0, width, height);
+  followView();
+}
+
+bool QTDWindow::onGuiThread() const {
+  return QThread::currentThread() == thread();
+}
+
+QPoint QTDWindow::cursorPos(bool global) {
+  QPoint position = QCursor::pos();
+  if (!global) mapFromGlobal(position);
+  return position;
+}
+
+QRect QTDWindow::geometry(bool frame) {
+  if (onGuiThread()) noteGeometry();
+  std::lock_guard<std::mutex> hold(geometryLock);
+  return frame ? seenFrame : seenInner;
+}
+
+void QTDWindow::noteGeometry() {
+  QRect frame;
+  QRect inner;
+  if (parent) {
+    const QWidget* child = parent->childAt(parent->rect().center());
+    if (!child) child = parent;
+    frame = parent->frameGeometry();
+    inner = QRect(0, 0, child->width() - child->x(), child->height() - child->y());
+  }
+  std::lock_guard<std::mutex> hold(geometryLock);
+  seenFrame = frame;
+  seenInner = inner;
+}
+
+void QTDWindow::mapToGlobal(QPoint& point) {
+  if (parent) point = parent->mapToGlobal(point);
+}
+
+void QTDWindow::mapFromGlobal(QPoint& point) {
+  if (parent) point = parent->mapFromGlobal(point);
+}
+
+void QTDWindow::setScrollBars(QScrollBar* horizontal, QScrollBar* vertical) {
+  horzBar = horizontal;
+  vertBar = vertical;
+}
+
+void QTDWindow::setMessenger(QTD::Messenger* receiver) {
+  messenger = receiver;
+}

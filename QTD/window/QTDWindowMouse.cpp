@@ -1,0 +1,176 @@
+// The window's own handler: pan, double click, wheel, and the notifications that tell the host about the
+// mouse.
+#include <QCursor>
+#include <cstdlib>
+
+#include "QTD/frame/Messenger.h"
+#include "QTD/frame/Text.h"
+#include "QTD/window/QTDWindow.h"
+
+using QTD::MouseNotice;
+using QTD::ToText;
+
+namespace {
+
+constexpr int kWheelStep = 120;  // delta of one notch
+constexpr double kWheelCoefficient = 1.1;
+
+}  // namespace
+
+bool QTDWindow::wantsNotice(MouseNotice notice) const {
+  return messenger && (notificationFlags & QTD::MouseNoticeFlag(notice)) != 0;
+}
+
+// Tells the host, if it wants to know, with `hold` released meanwhile. `Gone` means that the window was
+// closed or deleted: `hold` stays released and nothing of the window may be touched.
+QTDWindow::Told QTDWindow::tellHost(MouseNotice notice, const QPoint& position,
+                                    std::unique_lock<std::recursive_mutex>& hold) {
+  QTD::Messenger* receiver = messenger;
+  if (!receiver || !wantsNotice(notice)) return Told::GoOn;
+  QPoint global = position;
+  mapToGlobal(global);
+  QTD::ARGUMENTS arguments = QTD::MouseNoticeArguments(notice, position, global, screen.get());
+
+  const QPointer<QTDWindow> self(this);
+  const bool wasOpen = isOpen();
+  ++telling;
+  hold.unlock();
+  uint32_t answer = 0;
+  try {
+    if (QTD::MouseNoticeWaits(notice)) {
+      answer = receiver->Send(QTD::kMouseNotification, &arguments);
+    } else {
+      receiver->Post(QTD::kMouseNotification, &arguments);
+    }
+  } catch (...) {
+    // A receiver that fails has not taken the event.
+  }
+  if (!self) return Told::Gone;
+  hold.lock();
+  --telling;
+  if (wasOpen && !isOpen()) {
+    hold.unlock();
+    return Told::Gone;
+  }
+  return answer != 0 ? Told::Taken : Told::GoOn;
+}
+
+void QTDWindow::grabMouse() {
+  setMouseGrabEnabled(true);
+  grabbed = true;
+}
+
+void QTDWindow::releaseMouse() {
+  if (grabbed) setMouseGrabEnabled(false);
+  grabbed = false;
+}
+
+void QTDWindow::showCursor(Qt::CursorShape shape) {
+  if (cursor().shape() != shape) setCursor(shape);
+}
+
+bool QTDWindow::mouseDown(int x, int y, bool left, bool) {
+  std::unique_lock<std::recursive_mutex> hold(inputLock);
+  if (!isOpen() || !hasImage()) return false;
+  parameters.Set("mouse.win.x", ToText(x));
+  parameters.Set("mouse.win.y", ToText(y));
+  if (!left) {
+    // The host hears of the right button at its release: a movement may turn the press into something else.
+    rightPressed = true;
+    pressPos = QPoint(x, y);
+    mapToGlobal(pressPos);
+    return false;
+  }
+  if (tellHost(MouseNotice::LeftDown, QPoint(x, y), hold) != Told::GoOn || !hasImage()) return false;
+
+  grabMouse();
+  mouseMode = kPan;
+  pressPos = QPoint(x, y);
+  screen->setFit(0, false);
+  if (screen->isReady()) screen->dragStart(x, y);
+  return true;
+}
+
+bool QTDWindow::mouseMove(int x, int y, bool) {
+  std::unique_lock<std::recursive_mutex> hold(inputLock);
+  if (!isOpen() || mouseMode == kHeldByHost) return false;
+  if (tellHost(MouseNotice::Move, QPoint(x, y), hold) == Told::Gone) return false;
+  if (mouseMode == kPan) {
+    screen->dragMove(x, y);
+    update();
+    showCursor(Qt::OpenHandCursor);
+    return true;
+  }
+  showCursor(Qt::ArrowCursor);
+  return false;
+}
+
+bool QTDWindow::mouseUp(int x, int y, bool left, bool) {
+  std::unique_lock<std::recursive_mutex> hold(inputLock);
+  if (!isOpen()) return false;
+  bool handled = false;
+  if (left) {
+    if (mouseMode == kHeldByHost && wantsNotice(MouseNotice::LeftUp)) {
+      releaseMouse();
+      mouseMode = kIdle;
+    }
+    // A host that takes the release leaves a pan running.
+    if (tellHost(MouseNotice::LeftUp, QPoint(x, y), hold) != Told::GoOn) return false;
+    // `grabbed` alone: another button has ended the pan's mode meanwhile, and the grab must not outlive it.
+    if (mouseMode == kPan || grabbed) {
+      mouseMode = kIdle;
+      releaseMouse();
+      pressPos = QPoint();
+      if (screen->isReady()) screen->dragEnd();
+      handled = true;
+    }
+  } else {
+    pressPos = QPoint();
+    rightPressed = false;
+    mouseMode = kIdle;
+    if (tellHost(MouseNotice::RightClick, QPoint(x, y), hold) == Told::Gone) return false;
+    update();
+    handled = true;
+  }
+  showCursor(Qt::ArrowCursor);
+  return handled;
+}
+
+bool QTDWindow::mouseDouble(int x, int y, bool left) {
+  std::lock_guard<std::recursive_mutex> hold(inputLock);
+  if (!screen || !left) return false;
+  screen->moveTo(x, y, "win");
+  return true;
+}
+
+// Whole notches count for the coefficient; less than one gives the screen's own step.
+bool QTDWindow::wheel(int delta) {
+  std::lock_guard<std::recursive_mutex> hold(inputLock);
+  if (!screen || delta == 0) return false;
+  screen->zoom(delta > 0, std::abs(delta / kWheelStep) * kWheelCoefficient, false);
+  update();
+  return true;
+}
+
+bool QTDWindow::focusLost() {
+  std::unique_lock<std::recursive_mutex> hold(inputLock);
+  if (mouseMode == kHeldByHost && wantsNotice(MouseNotice::Free)) {
+    releaseMouse();
+    mouseMode = kIdle;
+  }
+  if (tellHost(MouseNotice::Free, pressPos, hold) != Told::GoOn) return false;
+  if (mouseMode == kPan || grabbed) {
+    releaseMouse();
+    pressPos = QPoint();
+    if (screen && screen->isReady()) {
+      screen->dragCancel();
+      followView();
+      update();
+    }
+  } else {
+    rightPressed = false;
+  }
+  mouseMode = kIdle;
+  showCursor(Qt::ArrowCursor);
+  return false;
+}

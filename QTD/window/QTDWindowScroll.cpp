@@ -1,0 +1,59 @@
+// The scroll bars, which belong to the viewer: any thread may ask for them, only the GUI thread touches them.
+#include <QMetaObject>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <algorithm>
+
+#include "QTD/window/QTDWindow.h"
+
+void QTDWindow::scrollTo(int x, int y) {
+  std::lock_guard<std::recursive_mutex> input(inputLock);
+  if (!horzBar || !vertBar || !screen) return;
+  int mask = 0;
+  if (x >= 0) mask |= kHorizontal;
+  if (y >= 0) mask |= kVertical;
+  if (onGuiThread()) {
+    const QSignalBlocker quietHorz(horzBar);
+    const QSignalBlocker quietVert(vertBar);
+    if (x >= 0) horzBar->setValue(x);
+    if (y >= 0) vertBar->setValue(y);
+  }
+  screen->setScrollPos(x, y);
+  syncScrollBars(mask);
+  update();
+}
+
+void QTDWindow::syncScrollBars(int which) {
+  if (!onGuiThread()) {
+    // One waiting call sets all bars that were asked for until it runs.
+    if (queuedBars.fetch_or(which) == 0) {
+      QMetaObject::invokeMethod(
+          this, [this] { syncScrollBars(queuedBars); }, Qt::QueuedConnection);
+    }
+    return;
+  }
+  queuedBars = 0;
+  if (!screen) return;
+  const QTD::PairI position = screen->ScrollPos();
+  const QTD::PairI range = screen->ScrollRange();
+  const QTD::PairI page = screen->scrollPage();
+  if (which & kHorizontal) syncBar(horzBar, position.first, range.first, page.first);
+  if (which & kVertical) syncBar(vertBar, position.second, range.second, page.second);
+}
+
+// The bar's own signals are for the user's movements: they are blocked while it is set from here.
+void QTDWindow::syncBar(QScrollBar* bar, int position, int range, int page) {
+  if (!bar) return;
+  const QSignalBlocker quiet(bar);
+  if (range < 1 || !hasImage()) {
+    bar->setMaximum(0);
+    bar->setEnabled(false);
+  } else {
+    bar->setPageStep(page);
+    bar->setMinimum(0);
+    bar->setMaximum(range);
+    bar->setEnabled(true);
+    bar->setValue(std::clamp(position, 0, range));
+  }
+  bar->update();
+}

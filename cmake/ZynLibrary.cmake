@@ -1,0 +1,41 @@
+# The shared library: all rooms, the load and unload hook, and the list of what it exports.
+get_property(rooms GLOBAL PROPERTY ZYN_ROOMS)
+
+# What the library shows is exactly what the public headers declare as exported.
+set(export_list ${CMAKE_BINARY_DIR}/ZynDisplayQt.map)
+configure_file(${CMAKE_SOURCE_DIR}/cmake/ZynDisplayQt.map.in ${export_list} COPYONLY)
+
+add_library(ZynDisplayQt SHARED QTD/display/Module.cpp)
+add_library(ZynDisplayQt::ZynDisplayQt ALIAS ZynDisplayQt)
+set_target_properties(ZynDisplayQt PROPERTIES
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${export_list})
+target_include_directories(ZynDisplayQt INTERFACE
+  $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ZynDisplayQt>)
+# Every object of every room goes in, whether something refers to it or not.
+foreach(room IN LISTS rooms)
+  target_sources(ZynDisplayQt PRIVATE $<TARGET_OBJECTS:${room}>)
+endforeach()
+target_include_directories(ZynDisplayQt PRIVATE ${CMAKE_SOURCE_DIR})
+target_link_libraries(ZynDisplayQt PRIVATE
+  Qt5::Widgets Zyn::Log4cpp Zyn::OpenCV Zyn::Highway Zyn::OpenMP Threads::Threads)
+target_link_libraries(ZynDisplayQt PRIVATE zyn_options PUBLIC Qt5::Core)
+target_link_options(ZynDisplayQt PRIVATE
+  LINKER:--version-script=${export_list} LINKER:--no-undefined)
+if(ZYN_SANITIZE)
+  # The sanitizer's own symbols are resolved in the program.
+  set_property(TARGET ZynDisplayQt APPEND PROPERTY LINK_OPTIONS LINKER:--undefined-version)
+endif()
+
+# Installation: the library, the public headers, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/ZynDisplayQt)
+install(TARGETS ZynDisplayQt EXPORT ZynDisplayQtTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ZynDisplayQt)
+install(EXPORT ZynDisplayQtTargets NAMESPACE ZynDisplayQt:: DESTINATION ${package_folder})
+configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ZynDisplayQtConfig.cmake.in
+  ${CMAKE_BINARY_DIR}/ZynDisplayQtConfig.cmake INSTALL_DESTINATION ${package_folder})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZynDisplayQtConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/ZynDisplayQtConfig.cmake ${CMAKE_BINARY_DIR}/ZynDisplayQtConfigVersion.cmake
+  DESTINATION ${package_folder})
+configure_file(${CMAKE_SOURCE_DIR}/cmake/ZynDisplayQt.pc.in ${CMAKE_BINARY_DIR}/ZynDisplayQt.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/ZynDisplayQt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,17 @@
+# zyn_options: warnings and sanitizers for the project's own code.
+add_library(zyn_options INTERFACE)
+target_compile_options(zyn_options INTERFACE
+  -Wall -Wextra -Wshadow -Wconversion -Wnon-virtual-dtor -Wcast-align -Wno-unused-command-line-argument
+  -fno-math-errno -ffp-contract=off)
+if(ZYN_WERROR)
+  target_compile_options(zyn_options INTERFACE -Werror)
+endif()
+target_compile_definitions(zyn_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII)
+
+if(ZYN_SANITIZE)
+  add_compile_options(-fsanitize=${ZYN_SANITIZE} -fno-omit-frame-pointer -g1)
+  add_link_options(-fsanitize=${ZYN_SANITIZE})
+  if(ZYN_SANITIZE MATCHES undefined)
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+endif()

@@ -1,0 +1,197 @@
+#include "cpu/stages/CPUIPImage.h"
+
+#include <cstring>
+#include <limits>
+
+#include "QTD/frame/Logging.h"
+#include "QTD/frame/Text.h"
+#include "QTD/image/ImageRecord.h"
+#include "QTD/image/PixelFormats.h"
+#include "ZynPixelFormat.h"
+
+namespace {
+
+constexpr uint32_t kByteDepth = 8;
+
+bool HasPicture(const ZynImage& image) {
+  return image.width != 0 && image.height != 0 && image.imageData;
+}
+
+bool HaveEqualSizes(const ZynImage& one, const ZynImage& other) {
+  return one.width == other.width && one.height == other.height;
+}
+
+bool ShareMemory(const ZynImage& one, const ZynImage& other) {
+  const auto first = reinterpret_cast<uintptr_t>(one.imageData);
+  const auto second = reinterpret_cast<uintptr_t>(other.imageData);
+  return first < second ? second - first < one.imageSize : first - second < other.imageSize;
+}
+
+}  // namespace
+
+ZynImgProcessor* ZynDisplayCPU::Image::CreateComponent(ZynComponent* parent) {
+  return new CPUIPImage(parent);
+}
+
+void ZynDisplayCPU::Image::DeleteComponent(ZynImgProcessor* stage) {
+  delete stage;
+}
+
+CPUIPImage::CPUIPImage(ZynComponent* parentComponent) : QTD::ImageProcessorData(parentComponent) {
+  name = "image.cpu";
+  parameters.Set("class", "CPUIPImage");
+}
+
+CPUIPImage::~CPUIPImage() {
+  CPUIPImage::Release();
+}
+
+ZynComponent* CPUIPImage::GetComponent() {
+  return this;
+}
+ZynImage* CPUIPImage::Out() {
+  const QTD::RMutexLock guard(componentLock);
+  return QTD::ImageProcessorData::Out();
+}
+ZynImage* CPUIPImage::GetImageInfo(bool source) {
+  const QTD::RMutexLock guard(componentLock);
+  return QTD::ImageProcessorData::GetImageInfo(source);
+}
+bool CPUIPImage::Enable(bool on) {
+  return QTD::ImageProcessorData::Enable(on);
+}
+bool CPUIPImage::IsEnabled() {
+  return QTD::ImageProcessorData::IsEnabled();
+}
+
+uint32_t CPUIPImage::Refuse(uint32_t code) {
+  lastError = code;
+  return Compose(code);
+}
+
+void CPUIPImage::Release() {
+  const QTD::RMutexLock stageGuard(lock);  // `Reset` takes it, and it comes before the component's lock
+  const QTD::RMutexLock guard(componentLock);
+  Reset();
+  QTD::ImageDelete(outputImage);
+  conversionFlags = 0;
+  limits = {};
+  aside.reset();
+  asideBytes = 0;
+}
+
+// Preparing.
+
+uint32_t CPUIPImage::Init(const ZynImage* source, const ZynImage* output) {
+  // Copies, since the caller may hand in records of this stage, which go now.
+  const ZynImage format = source ? *source : ZynImage{};
+  const ZynImage wanted = output ? *output : ZynImage{};
+  const QTD::RMutexLock stageGuard(lock);
+  Release();
+  if (format.width == 0 || format.height == 0) return Refuse(ZYN_ERR_BAD_ARGUMENT);
+
+  uint32_t targetType = wanted.pixelType;
+  uint32_t targetDepth = wanted.bitDepth;
+  if (!output) {
+    // Only 8 makes a difference; any other depth leaves the samples as they are.
+    const bool toBytes = parameters.GetInt64("depth", QTD::ToText(format.bitDepth)) == kByteDepth;
+    targetDepth = toBytes ? kByteDepth : format.bitDepth;
+    const bool reduced = toBytes && format.bitDepth > kByteDepth;
+    targetType = reduced ? QTD::EightBitFormat(format.pixelType) : format.pixelType;
+  }
+  if (QTD::IsPackedFormat(format.pixelType) || format.pixelType == ZYN_PIXEL_YUV422_8_UYVY) {
+    return Refuse(QTD::kStageFormat);
+  }
+  const QTD::RMutexLock guard(componentLock);
+  lastError =
+      Prepare(format, targetType, StepsBetween(format.pixelType, format.bitDepth, targetType, targetDepth));
+  if (lastError != 0) Release();
+  ready = lastError == 0;
+  return Compose(lastError);
+}
+
+uint32_t CPUIPImage::Prepare(const ZynImage& source, uint32_t targetType, const ConversionSteps& steps) {
+  const bool flip = (source.origin == 1) != parameters.GetBool("image.flip.vert", "0");
+  const bool external = parameters.GetBool("external", "0");
+  if (source.height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) return QTD::kStageNoMemory;
+  const auto height = static_cast<int32_t>(source.height);
+  const int32_t markedHeight = flip ? -height : height;
+
+  if (steps.reduce) {
+    ZynImage deep{};
+    if (!QTD::ImageCreateHeader(&deep, source.width, markedHeight, source.pixelType))
+      return QTD::kStageNoMemory;
+    limits.deepBytes = deep.imageSize;
+    conversionFlags |= kReduce;
+  }
+  limits.furtherSteps = steps.toColour || steps.swap;
+  if (steps.toColour) conversionFlags |= kToColour;
+  if (steps.swap) conversionFlags |= kSwap;
+  const uint32_t resultType = conversionFlags != 0 ? targetType : source.pixelType;
+
+  // The stage's own image always counts as top-down; only the information carries the mark.
+  if (!external) {
+    outputImage = QTD::ImageCreate(nullptr, source.width, height, resultType);
+    if (!outputImage) return QTD::kStageNoMemory;
+  }
+  sourceInfo = QTD::ImageCloneHeader(nullptr, &source);
+  outputInfo = QTD::ImageCreateHeader(nullptr, source.width, markedHeight, resultType);
+  if (!sourceInfo || !outputInfo) return QTD::kStageNoMemory;
+  return 0;
+}
+
+// Running.
+
+uint32_t CPUIPImage::ProcessImage(const ZynImage* source, ZynImage* output, void*) {
+  try {
+    ZYN_TRACE(log, "CPUIPImage::ProcessImage()");
+    const QTD::RMutexLock guard(componentLock);
+    out = nullptr;
+    return Refuse(Run(source, output));
+  } catch (...) {
+    return Refuse(ZYN_ERR_FAILED);
+  }
+}
+
+// The caller's image or the stage's own.
+uint32_t CPUIPImage::SelectTarget(ZynImage* output, ZynImage** target) {
+  *target = output ? output : outputImage;
+  if (!*target || !outputInfo) return ZYN_ERR_NOT_READY;
+  if (output && (output->imageSize != outputInfo->imageSize || !output->imageData))
+    return ZYN_ERR_BAD_ARGUMENT;
+  return 0;
+}
+
+uint32_t CPUIPImage::Run(const ZynImage* source, ZynImage* output) {
+  if (!source || !source->imageData) return ZYN_ERR_BAD_ARGUMENT;
+  ZynImage* target = nullptr;
+  if (const uint32_t code = SelectTarget(output, &target)) return code;
+
+  const bool alike = HasPicture(*source) && HasPicture(*target) && HaveEqualSizes(*source, *target) &&
+                     source->imageSize == target->imageSize;
+  if (!IsEnabled() && alike) {
+    out = const_cast<ZynImage*>(source);  // handed on as it is; nobody writes through this pointer
+    return 0;
+  }
+  target->imageID = source->imageID;
+  out = target;
+  if (!Transfer(*source, *target)) return ZYN_ERR_FAILED;
+  return 0;
+}
+
+bool CPUIPImage::Transfer(ZynImage source, const ZynImage& target) {
+  if (!HaveEqualSizes(source, *sourceInfo)) return false;
+  if (ShareMemory(source, target) && !PutAside(source)) return false;
+  return conversionFlags != 0 ? ConvertPixels(source, target, limits) : CopyPixels(source, target);
+}
+
+bool CPUIPImage::PutAside(ZynImage& source) {
+  if (asideBytes < source.imageSize) {
+    aside.reset(static_cast<uint8_t*>(std::malloc(source.imageSize)));
+    asideBytes = aside ? source.imageSize : 0;
+  }
+  if (!aside) return false;
+  std::memcpy(aside.get(), source.imageData, source.imageSize);
+  source.imageData = aside.get();
+  return true;
+}

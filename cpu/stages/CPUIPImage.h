@@ -1,0 +1,59 @@
+// The image stage: copies an image and converts depth, channels and channel order on the way.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+#include "QTD/frame/ComponentImpl.h"
+#include "QTD/frame/RMutex.h"
+#include "QTD/image/ImageProcessorData.h"
+#include "ZynDisplay.h"
+#include "cpu/stages/ImageConversion.h"
+
+// Parameters, read by `Init`: "depth" (8 reduces a deeper source where no output header is given),
+// "image.flip.vert" (turns the mark of the line order, no line is moved), "external" (the caller brings the
+// output of every `ProcessImage`).
+//
+// Any thread may call any operation. The information records and the output image live until the next `Init`
+// or `Release`.
+class CPUIPImage : public ZynDisplayCPU::Image, public QTD::ImageProcessorData, public QTD::ComponentImpl {
+ public:
+  explicit CPUIPImage(ZynComponent* parentComponent);
+  ~CPUIPImage() override;
+
+  uint32_t Init(const ZynImage* source, const ZynImage* output) override;
+  // A failed conversion leaves the target as it was, and `Out` gives that target all the same.
+  uint32_t ProcessImage(const ZynImage* source, ZynImage* output, void* data) override;
+  void Release() override;
+  ZynComponent* GetComponent() override;
+  ZynImage* Out() override;
+  ZynImage* GetImageInfo(bool source) override;
+  bool Enable(bool on) override;
+  bool IsEnabled() override;
+
+ private:
+  enum ConversionFlag : uint32_t { kSwap = 1, kReduce = 2, kToColour = 4 };
+  struct FreeBlock {
+    void operator()(uint8_t* block) const { std::free(block); }
+  };
+
+  uint32_t Refuse(uint32_t code);
+  uint32_t Prepare(const ZynImage& source, uint32_t targetType, const ConversionSteps& steps);
+  uint32_t SelectTarget(ZynImage* output, ZynImage** target);
+  uint32_t Run(const ZynImage* source, ZynImage* output);
+  bool Transfer(ZynImage source, const ZynImage& target);
+  bool PutAside(ZynImage& source);
+
+  ZynImage* outputImage = nullptr;  // the stage's own result; null while "external" is set
+  uint32_t conversionFlags = 0;
+  ConversionLimits limits;
+  // A source that shares memory with the target is copied here first; made when the first such source comes.
+  std::unique_ptr<uint8_t, FreeBlock> aside;
+  size_t asideBytes = 0;
+
+  // The component's lock. Guards the members above, the information records and `out`. `Init` and `Release`
+  // take the stage's `lock` first, `ProcessImage` takes this one alone.
+  QTD::RMutex componentLock;
+};

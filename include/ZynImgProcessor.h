@@ -1,0 +1,66 @@
+// Image processors: the interface of one stage, of a chain of stages, and of the stage kinds.
+#pragma once
+
+#include <cstdint>
+
+#include "ZynComponent.h"
+#include "ZynImage.h"
+
+/// One stage of image processing. Order of calls: set parameters through `GetComponent`, `Init`, any number
+/// of `ProcessImage`, `Release`. Failures are composed codes: 0x80000000 | id << 16 | code.
+class ZynImgProcessor {
+ public:
+  virtual ~ZynImgProcessor() = default;
+
+  /// Prepares the stage for images like `source` (a header, its pixels are not read). `output` may be null;
+  /// where a stage can choose, it states the wanted format. Calls `Release` first.
+  virtual uint32_t Init(const ZynImage* source, const ZynImage* output) = 0;
+
+  /// Processes one image. Without an `output` the result is written into the stage's own image; with one it
+  /// is written there, and an `output` of another size than prepared is refused (7). `data` is handed along
+  /// by a chain.
+  virtual uint32_t ProcessImage(const ZynImage* source, ZynImage* output, void* data) = 0;
+
+  /// Frees all that `Init` made and brings the stage back to its constructed state.
+  virtual void Release() = 0;
+  virtual ZynComponent* GetComponent() = 0;
+
+  /// The image that the last successful `ProcessImage` produced, owned by the stage; null when there is none.
+  virtual ZynImage* Out() = 0;
+
+  /// Header of the prepared source (true) or of the result (false); null before `Init`.
+  virtual ZynImage* GetImageInfo(bool source) = 0;
+
+  /// Counts up (true) or down (false, not below 0) and answers whether the stage is enabled, i.e. the count
+  /// is above 0. The count starts at 1.
+  virtual bool Enable(bool on) = 0;
+  virtual bool IsEnabled() = 0;
+};
+
+/// An ordered list of named stages through which an image runs.
+class ZynImgProcessingChain {
+ public:
+  virtual ~ZynImgProcessingChain() = default;
+  virtual ZynImgProcessor* GetProcessorAt(int index) = 0;
+  virtual ZynImgProcessor* FindProcessor(const char* name) = 0;
+
+  /// The list operations answer a bare code (0, 2 not found, 4 exists, 7 bad argument). A stage that was
+  /// added belongs to the chain, which releases and deletes it.
+  virtual uint32_t AddProcessor(const char* name, ZynImgProcessor* stage) = 0;
+  virtual uint32_t InsertProcessor(const char* before, const char* name, ZynImgProcessor* stage) = 0;
+  virtual uint32_t RemoveProcessor(const char* name) = 0;
+  virtual ZynComponent* GetComponent() = 0;
+  virtual uint32_t Init(const ZynImage* source) = 0;
+  virtual uint32_t ProcessImage(const ZynImage* source, ZynImage* output, void* data) = 0;
+  virtual void Release() = 0;
+  virtual ZynImage* Out() = 0;
+  virtual ZynImage* GetImageInfo(bool source) = 0;
+};
+
+/// The kinds of stages, each an interface of its own.
+namespace ZynDisplayQT {
+
+/// Copies an image and converts depth, channels and channel order on the way.
+class Image : public ZynImgProcessor {};
+
+}  // namespace ZynDisplayQT

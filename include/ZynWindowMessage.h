@@ -1,0 +1,24 @@
+// The message by which the library tells a host's window about the mouse.
+#pragma once
+
+#include <QEvent>
+#include <cstdint>
+
+/// An event of type 1280, delivered on the GUI thread to the widget or window whose id stands in the
+/// display's parameter "window.command".
+///
+/// The first word holds the low 16 bits of the display's "system.signature" above the event code: 0x4002 left
+/// button pressed, 0x4003 left button released, 0x4004 another button clicked, 0x4008 mouse moved. The second
+/// word holds y in bits 31 to 16 and x in bits 15 to 0, both in window pixels.
+class ZynWindowMessage : public QEvent {
+ public:
+  static constexpr int kMessage = 1280;
+
+  ZynWindowMessage(uint64_t first, int64_t second)
+      : QEvent(static_cast<QEvent::Type>(kMessage)), firstWord(first), secondWord(second) {}
+
+  uint64_t firstWord;
+  int64_t secondWord;
+  int64_t result =
+      0;  ///< 0, or what the receiver sets; read by the library after a message that it waits for
+};

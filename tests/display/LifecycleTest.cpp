@@ -1,0 +1,220 @@
+// Construction, initialisation, re-initialisation and destruction of the controller.
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QTimer>
+#include <thread>
+
+#include "QTD/chain/QTDProcessor.h"
+#include "QTD/screen/QTDScreen.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+#include "tests/display/DisplayFixture.h"
+
+namespace display_test {
+
+using Lifecycle = DisplayTest;
+
+TEST_F(Lifecycle, has_its_parameters_in_order_after_creation) {
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {"class", "QTDDisplay"},
+      {"system.opengl", "0"},
+      {"system.parentWidget", QTD::ToText(static_cast<const void*>(&parent))},
+      {"system.objectID", QTD::ToText(static_cast<const void*>(display.get()))},
+      {"system.silent", "1"},
+      {"system.timer", "1000"},
+      {"display.init.view.fit", "1"},
+      {"display.init.view.at.x", "0.500000"},
+      {"display.init.view.at.y", "0.500000"},
+      {"display.view.fit", "3"},
+      {"display.view.bgcolor", "12632256"},
+      {"display.overlay.text.font", "default"},
+      {"display.overlay.text.clr", "0"},
+      {"display.overlay.status.font", "medium"},
+      {"display.overlay.status.clr", "15480"},
+      {"processing.image.downscale", "0"},
+      {"processor", "0"},
+      {"display.view.status", "0"},
+  };
+  ASSERT_EQ(display->GetParameterCount(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(display->Parameters().NameAt(static_cast<int>(i)), expected[i].first);
+    EXPECT_EQ(Parameter(expected[i].first.c_str()), expected[i].second) << expected[i].first;
+  }
+}
+
+TEST_F(Lifecycle, refuses_a_format_without_size_and_makes_no_viewer) {
+  HostImage image(ZYN_PIXEL_MONO8, 16, 16);
+  image.record.height = 0;
+  EXPECT_EQ(display->Initialize(&image.record), Composed(7));
+  image.record.height = 16;
+  image.record.width = 0;
+  EXPECT_EQ(display->Initialize(&image.record), Composed(7));
+  EXPECT_EQ(display->Initialize(nullptr), Composed(7));
+  EXPECT_EQ(display->Viewer(), nullptr);
+  EXPECT_EQ(display->LastError(), 7u);
+}
+
+TEST_F(Lifecycle, is_ready_after_initialisation) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  ASSERT_NE(display->Viewer(), nullptr);
+  ZynImgProcessingChain* chain = display->GetProcessor();
+  ASSERT_NE(chain, nullptr);
+  EXPECT_EQ(display->Parameters().GetPointer("processor"), chain);
+  EXPECT_EQ(Parameter("strict"), "0");
+  EXPECT_EQ(Parameter("surface"),
+            QTD::ToText(static_cast<const void*>(display->Viewer()->Window()->Surface())));
+  EXPECT_NE(chain->FindProcessor("image.display"), nullptr);
+  EXPECT_EQ(display->findChildren<QTimer*>().size(), 1);
+  EXPECT_EQ(display->findChildren<QTimer*>().first()->interval(), 1000);
+}
+
+TEST_F(Lifecycle, applies_the_initial_fit_and_the_timer_interval) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  display->Parameters().Set("display.init.view.fit", "3");
+  display->Parameters().Set("system.timer", "250");
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  EXPECT_EQ(display->Viewer()->Window()->Screen()->properties.GetInt("fit"), 3);
+  EXPECT_EQ(display->findChildren<QTimer*>().first()->interval(), 250);
+}
+
+TEST_F(Lifecycle, hands_the_downscale_setting_to_the_chain) {
+  HostImage image(ZYN_PIXEL_MONO12, 64, 48);
+  display->Parameters().Set("processing.image.downscale", "1");
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  const ZynImage* info = display->GetProcessor()->FindProcessor("image.unpacked")->GetImageInfo(false);
+  EXPECT_EQ(info->pixelType, ZYN_PIXEL_MONO8);
+}
+
+TEST_F(Lifecycle, keeps_the_viewer_of_the_same_variant) {
+  HostImage small(ZYN_PIXEL_MONO8, 64, 48), other(ZYN_PIXEL_RGB8, 32, 20);
+  ASSERT_EQ(display->Initialize(&small.record), 0u);
+  const QPointer<QTDViewer> viewer = display->Viewer();
+  ASSERT_EQ(display->Initialize(&other.record), 0u);
+  EXPECT_EQ(display->Viewer(), viewer.data());
+}
+
+TEST_F(Lifecycle, replaces_the_viewer_of_the_other_variant_and_takes_its_bar_along) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  const QPointer<QTDViewer> viewer = display->Viewer();
+  const int children = parent.findChildren<QWidget*>().size();
+  display->Parameters().Set("system.opengl", "1");
+  display->Initialize(&image.record);
+  EXPECT_TRUE(viewer.isNull());
+  display->Parameters().Set("system.opengl", "0");
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  EXPECT_EQ(parent.findChildren<QWidget*>().size(), children);
+}
+
+TEST_F(Lifecycle, without_a_parent_there_is_no_window_and_the_answer_is_1) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  QTDDisplay alone(nullptr, false);
+  EXPECT_EQ(alone.Initialize(&image.record), Composed(1));
+  EXPECT_EQ(alone.LastError(), 1u);
+  EXPECT_EQ(alone.GetProcessor(), nullptr);
+  EXPECT_TRUE(alone.findChildren<QTimer*>().isEmpty());
+}
+
+TEST_F(Lifecycle, a_parent_pointer_that_is_no_widget_counts_as_none) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  display->Parameters().Set("system.parentWidget", "0x1234");
+  EXPECT_EQ(display->Initialize(&image.record), Composed(1));
+}
+
+TEST_F(Lifecycle, a_format_that_no_stage_takes_fails_silently_by_default) {
+  HostImage unknown(ZYN_PIXEL_MONO8, 64, 48);
+  unknown.record.pixelType = 0x010801FF;  // no such row
+  EXPECT_EQ(display->Initialize(&unknown.record), 0u);
+  EXPECT_NE(display->GetProcessor(), nullptr);  // the chain stays, without a format
+  EXPECT_EQ(Parameter("processor"), "0");
+  EXPECT_EQ(display->DisplayVideo(&unknown.record), 0u);
+  EXPECT_TRUE(WaitFor([this] { return display->LastError() == 8; }));
+}
+
+TEST_F(Lifecycle, a_refused_format_fails_when_silence_is_off_and_only_the_viewer_stays) {
+  HostImage unknown(ZYN_PIXEL_MONO8, 64, 48);
+  unknown.record.pixelType = 0x010801FF;
+  display->Parameters().Set("system.silent", "0");
+  EXPECT_EQ(display->Initialize(&unknown.record), Composed(1));
+  EXPECT_EQ(display->LastError(), 1u);
+  EXPECT_EQ(display->GetProcessor(), nullptr);
+  EXPECT_NE(display->Viewer(), nullptr);
+  EXPECT_TRUE(display->findChildren<QTimer*>().isEmpty());
+}
+
+TEST_F(Lifecycle, a_picture_beyond_the_buffers_is_a_failed_build) {
+  HostImage image(ZYN_PIXEL_MONO8, 1, 1);
+  image.record.width = image.record.height = 0xFFFFFFFFu;
+  display->Parameters().Set("system.silent", "0");
+  EXPECT_EQ(display->Initialize(&image.record), Composed(1));
+  image.record.width = image.record.height = 50000;  // 2.5 GB
+  EXPECT_EQ(display->Initialize(&image.record), Composed(1));
+}
+
+TEST_F(Lifecycle, a_parameter_that_is_no_number_fails_the_initialisation) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  display->Parameters().Set("system.timer", "soon");
+  EXPECT_EQ(display->Initialize(&image.record), Composed(1));
+  display->Parameters().Set("system.timer", "1000");
+  EXPECT_EQ(display->Initialize(&image.record), 0u);
+}
+
+TEST_F(Lifecycle, uninitialize_frees_all_but_the_viewer) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  display->Uninitialize();
+  EXPECT_EQ(display->GetProcessor(), nullptr);
+  EXPECT_EQ(Parameter("processor"), "0");
+  EXPECT_TRUE(display->findChildren<QTimer*>().isEmpty());
+  EXPECT_NE(display->Viewer(), nullptr);
+}
+
+TEST_F(Lifecycle, initialises_from_another_thread_while_the_gui_thread_runs) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  std::atomic<int64_t> result{-1};
+  std::thread host([&] { result = display->Initialize(&image.record); });
+  EXPECT_TRUE(WaitFor([&] { return result >= 0; }));
+  host.join();
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(Lifecycle, deleting_the_parent_first_closes_the_display) {
+  auto owner = std::make_unique<QWidget>();
+  owner->resize(100, 80);
+  owner->show();
+  QTDDisplay other(owner.get(), false);
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(other.Initialize(&image.record), 0u);
+  ASSERT_EQ(other.DisplayVideo(&image.record), 0u);
+  Settle();
+  owner.reset();
+  EXPECT_EQ(other.Viewer(), nullptr);
+  EXPECT_EQ(other.DisplayVideo(&image.record), 0u);
+  EXPECT_TRUE(WaitFor([&] { return other.LastError() == 8; }));
+  EXPECT_EQ(other.Initialize(&image.record), Composed(1));  // its widget is gone
+}
+
+TEST_F(Lifecycle, uses_a_layout_that_the_parent_has) {
+  auto* layout = new QHBoxLayout(&parent);
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  EXPECT_EQ(parent.layout(), layout);
+  display.reset();
+  EXPECT_EQ(parent.layout(), layout);
+  EXPECT_TRUE(parent.findChildren<QWidget*>().isEmpty());
+}
+
+TEST_F(Lifecycle, a_message_of_another_name_has_no_effect) {
+  EXPECT_EQ(display->RunCommand("@something", nullptr), 0u);
+  EXPECT_EQ(display->Viewer(), nullptr);
+}
+
+TEST_F(Lifecycle, initialises_by_message) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  QTD::ARGUMENTS args{{"inputImageFormat", QTD::ToText(static_cast<const void*>(&image.record))}};
+  EXPECT_EQ(display->RunCommand("@init.display", &args), 0u);
+  EXPECT_NE(display->GetProcessor(), nullptr);
+}
+
+}  // namespace display_test

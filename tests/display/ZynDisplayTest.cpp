@@ -1,0 +1,318 @@
+// The host's face: exported functions, the display component, mouse messages.
+#include <QPointer>
+#include <QWindow>
+#include <thread>
+
+#include "QTD/display/ZynDisplayImpl.h"
+#include "QTD/screen/QTDScreen.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+#include "ZynWindowMessage.h"
+#include "tests/display/DisplayFixture.h"
+
+namespace display_test {
+
+constexpr uint32_t kNullHandle = 0x80070007;
+
+// A host's window that hears mouse messages.
+class HostWindow : public QWidget {
+ public:
+  struct Message {
+    uint64_t first;
+    int64_t second;
+  };
+  std::vector<Message> messages;
+  int64_t answer = 0;
+
+ protected:
+  bool event(QEvent* event) override {
+    if (event->type() != static_cast<QEvent::Type>(1280)) return QWidget::event(event);
+    auto* message = static_cast<ZynWindowMessage*>(event);
+    messages.push_back({message->firstWord, message->secondWord});
+    message->result = answer;
+    return true;
+  }
+};
+
+class Host : public testing::Test {
+ protected:
+  Host() {
+    parent.resize(200, 150);
+    parent.show();
+    display = ZynDisplay_CreateComponent();
+  }
+  ~Host() override { ZynDisplay_DeleteComponent(display); }
+
+  ZynDisplayImpl* Impl() { return static_cast<ZynDisplayImpl*>(display); }
+  ZynComponent* Component() { return ZynDisplay_GetComponent(display); }
+  std::string Parameter(const char* name) { return Impl()->Parameters().GetString(name, "absent"); }
+  uint32_t Mouse(const char* code, const char* left, int x, int y) {
+    QTD::ARGUMENTS args{{"code", code}, {"win.x", QTD::ToText(x)}, {"win.y", QTD::ToText(y)}};
+    if (left) args["left"] = left;
+    return Impl()->RunCommand("notification.mouse", &args);
+  }
+
+  QWidget parent;
+  HostImage image{ZYN_PIXEL_MONO8, 64, 48};
+  ZynDisplay* display = nullptr;
+};
+
+TEST_F(Host, a_null_handle_is_answered_and_touches_nothing) {
+  EXPECT_EQ(ZynDisplay_Initialize(nullptr, &parent, nullptr, &image.record), kNullHandle);
+  EXPECT_EQ(ZynDisplay_DisplayVideo(nullptr, &image.record), kNullHandle);
+  EXPECT_EQ(ZynDisplay_DisplayImage(nullptr, &image.record), kNullHandle);
+  EXPECT_EQ(ZynDisplay_ConvertImage(nullptr, &image.record, &image.record), kNullHandle);
+  EXPECT_EQ(ZynDisplay_GetComponent(nullptr), nullptr);
+  ZynDisplay_DeleteComponent(nullptr);
+  ZynDisplay::DeleteComponent(nullptr);
+  ZynDisplayCPU::DeleteComponent(nullptr);
+}
+
+TEST_F(Host, a_deleted_display_is_answered_like_a_null_one) {
+  ZynDisplay* gone = ZynDisplay_CreateComponent();
+  ZynDisplay_DeleteComponent(gone);
+  EXPECT_EQ(ZynDisplay_DisplayVideo(gone, &image.record), kNullHandle);
+  EXPECT_EQ(ZynDisplay_GetComponent(gone), nullptr);
+  ZynDisplay_DeleteComponent(gone);
+  ZynDisplay::DeleteComponent(gone);
+}
+
+TEST_F(Host, shows_its_identity) {
+  EXPECT_EQ(Parameter("class"), "ZynDisplayImpl");
+  EXPECT_EQ(Parameter("system.signature"),
+            QTD::ToText(static_cast<long long>(reinterpret_cast<intptr_t>(display))));
+  EXPECT_FALSE(display->IsReserved());
+  EXPECT_EQ(display->ReservedOne(), 0u);
+  EXPECT_EQ(display->ReservedTwo(), 0u);
+}
+
+TEST_F(Host, initialises_with_a_widget_or_with_its_window_id) {
+  EXPECT_EQ(ZynDisplay_Initialize(display, &parent, "", &image.record), 0u);
+  EXPECT_EQ(Impl()->Controller()->Parameters().GetPointer("system.parentWidget"), &parent);
+  EXPECT_EQ(ZynDisplay_Initialize(display, reinterpret_cast<void*>(parent.winId()), nullptr, &image.record),
+            0u);
+  EXPECT_EQ(Impl()->Controller()->Parameters().GetPointer("system.parentWidget"), &parent);
+}
+
+TEST_F(Host, only_the_exact_word_selects_the_other_variant) {
+  for (const char* mode : {"OpenGL", "", "opengl ", "cpu"}) {
+    ZynDisplay_Initialize(display, &parent, mode, &image.record);
+    EXPECT_EQ(Impl()->Controller()->Parameters().GetString("system.opengl"), "0") << mode;
+  }
+  ZynDisplay_Initialize(display, &parent, "opengl", &image.record);
+  EXPECT_EQ(Impl()->Controller()->Parameters().GetString("system.opengl"), "1");
+  EXPECT_EQ(display->Initialize(&image.record, nullptr), 0u);
+  EXPECT_EQ(Impl()->Controller()->Parameters().GetString("system.opengl"), "0");
+}
+
+TEST_F(Host, without_a_widget_a_new_display_answers_1) {
+  EXPECT_EQ(display->Initialize(&image.record, nullptr), Composed(1));
+}
+
+TEST_F(Host, a_bad_format_answers_7) {
+  EXPECT_EQ(ZynDisplay_Initialize(display, &parent, nullptr, nullptr), Composed(7));
+}
+
+TEST_F(Host, shows_video_and_offers_a_failing_image_twice) {
+  ASSERT_EQ(ZynDisplay_Initialize(display, &parent, nullptr, &image.record), 0u);
+  EXPECT_EQ(ZynDisplay_DisplayVideo(display, &image.record), 0u);
+  ZynImage noPixels = image.record;
+  noPixels.imageData = nullptr;
+  EXPECT_EQ(ZynDisplay_DisplayVideo(display, &noPixels), Composed(7));
+  HostImage small(ZYN_PIXEL_MONO8, 8, 8);
+  EXPECT_EQ(ZynDisplay_DisplayVideo(display, &small.record), Composed(8));
+  EXPECT_EQ(ZynDisplay_DisplayVideo(display, nullptr), 0u);
+}
+
+TEST_F(Host, display_image_is_not_provided) {
+  EXPECT_EQ(ZynDisplay_DisplayImage(display, &image.record), Composed(3));
+}
+
+TEST_F(Host, converts_and_prepares_another_converter_when_the_format_changes) {
+  HostImage input(ZYN_PIXEL_MONO8, 8, 4, 0, 33), rgb(ZYN_PIXEL_RGB8, 8, 4), grey(ZYN_PIXEL_MONO8, 8, 4);
+  EXPECT_EQ(ZynDisplay_ConvertImage(display, &input.record, &rgb.record), Composed(8));
+  ASSERT_EQ(ZynDisplay_Initialize(display, &parent, nullptr, &input.record), 0u);
+  input.record.imageID = 5;
+  input.record.timestamp = 123456789;
+  EXPECT_EQ(ZynDisplay_ConvertImage(display, &input.record, &rgb.record), 0u);
+  EXPECT_EQ(rgb.pixels[0], 33);
+  EXPECT_EQ(rgb.record.imageID, 5u);
+  EXPECT_EQ(rgb.record.timestamp, 123456789u);
+  EXPECT_EQ(ZynDisplay_ConvertImage(display, &input.record, &grey.record), 0u);
+  EXPECT_EQ(grey.pixels[31], 33);
+  EXPECT_EQ(ZynDisplay_ConvertImage(display, nullptr, &rgb.record), Composed(7));
+  EXPECT_EQ(ZynDisplay_ConvertImage(display, &input.record, nullptr) & 0x80FF0000u, 0x80FF0000u);
+}
+
+TEST_F(Host, translation_without_its_command_fails_and_leaves_the_position) {
+  uint32_t x = 12, y = 34;
+  EXPECT_EQ(display->TranslatePosition(&x, &y, 1), Composed(1));
+  EXPECT_EQ(x, 12u);
+  EXPECT_EQ(y, 34u);
+  EXPECT_EQ(display->TranslatePosition(nullptr, nullptr, 0), Composed(1));
+}
+
+TEST_F(Host, adds_and_deletes_a_text) {
+  ASSERT_EQ(ZynDisplay_Initialize(display, &parent, nullptr, &image.record), 0u);
+  Component()->SetParameterString("text.text", "hello");
+  Component()->SetParameterInt("text.pos.x", 3);
+  Component()->SetParameterInt("text.pos.y", 4);
+  Component()->SetParameterString("objectID", "greeting");
+  EXPECT_EQ(Component()->ExecuteCommand("text.add"), 0u);
+  EXPECT_EQ(Parameter("objectID"), "greeting");
+  QTD::PROPERTIES object;
+  ASSERT_TRUE(Impl()->Controller()->Viewer()->Window()->Objects().get("greeting", &object));
+  EXPECT_EQ(object.GetString("text.font"), "default");
+  EXPECT_EQ(Component()->ExecuteCommand("text.del"), 0u);
+  EXPECT_EQ(Parameter("objectID"), "greeting");
+  EXPECT_FALSE(Impl()->Controller()->Viewer()->Window()->Objects().get("greeting", &object));
+  EXPECT_EQ(Component()->ExecuteCommand("text.del"), 0u);
+  EXPECT_EQ(Parameter("objectID"), "");
+}
+
+TEST_F(Host, an_unknown_command_answers_0) {
+  EXPECT_EQ(Component()->ExecuteCommand("something"), 0u);
+  EXPECT_EQ(Component()->ExecuteCommand(nullptr), 0u);
+}
+
+TEST_F(Host, a_refused_fit_keeps_the_old_text) {
+  EXPECT_EQ(Component()->SetParameterString("display.fit", "2"), 1u);
+  EXPECT_EQ(Parameter("display.fit"), "absent");
+}
+
+TEST_F(Host, the_background_colour_goes_to_the_controller_and_back) {
+  EXPECT_EQ(Component()->SetParameterInt("display.bg.color", 255), 0u);
+  EXPECT_EQ(Parameter("display.bg.color"), "255");
+  EXPECT_EQ(Impl()->Controller()->Parameters().GetString("display.view.bgcolor"), "255");
+  EXPECT_THROW(Component()->SetParameterString("display.bg.color", "red"), std::invalid_argument);
+}
+
+TEST_F(Host, reading_the_background_colour_yields_what_was_last_stored) {
+  Component()->SetParameterInt("display.bg.color", 255);
+  Impl()->Controller()->SetParameterInt("display.view.bgcolor", 9);
+  int64_t color = 0;
+  EXPECT_EQ(Component()->GetParameterInt("display.bg.color", &color), 0u);
+  EXPECT_EQ(color, 255);
+}
+
+TEST_F(Host, mouse_messages_reach_the_hosts_window) {
+  HostWindow window;
+  window.resize(50, 50);
+  window.show();
+  Component()->SetParameterInt("window.command", static_cast<int64_t>(window.winId()));
+  const uint64_t signature = (reinterpret_cast<uintptr_t>(display) & 0xFFFF) << 16;
+
+  window.answer = 42;
+  EXPECT_EQ(Mouse("mouse.down", "1", 10, 20), 42u);
+  EXPECT_EQ(Mouse("mouse.up", "1", 10, 20), 42u);
+  ASSERT_EQ(window.messages.size(), 2u);
+  EXPECT_EQ(window.messages[0].first, signature | 0x4002);
+  EXPECT_EQ(window.messages[0].second, (20 << 16) | 10);
+  EXPECT_EQ(window.messages[1].first, signature | 0x4003);
+
+  EXPECT_EQ(Mouse("mouse.down", "0", 1, 2), 0u);
+  EXPECT_EQ(Mouse("mouse.up", "0", 1, 2), 0u);  // tells nothing
+  EXPECT_EQ(Mouse("mouse.move", nullptr, -1, -2), 0u);
+  EXPECT_EQ(Mouse("mouse.free", nullptr, 1, 2), 0u);
+  EXPECT_EQ(window.messages.size(), 2u);  // posted, not sent
+  EXPECT_TRUE(WaitFor([&] { return window.messages.size() == 4; }));
+  EXPECT_EQ(window.messages[2].first, signature | 0x4004);
+  EXPECT_EQ(window.messages[3].first, signature | 0x4008);
+  // y -2 above x -1, each in 16 bits, as a signed 32-bit value.
+  EXPECT_EQ(window.messages[3].second, static_cast<int32_t>(0xFFFEFFFFu));
+}
+
+TEST_F(Host, mouse_messages_to_no_window_are_dropped) {
+  EXPECT_EQ(Mouse("mouse.down", "1", 1, 1), 0u);
+  auto window = std::make_unique<HostWindow>();
+  window->show();
+  Component()->SetParameterInt("window.command", static_cast<int64_t>(window->winId()));
+  window.reset();
+  EXPECT_EQ(Mouse("mouse.down", "1", 1, 1), 0u);
+}
+
+TEST_F(Host, a_mouse_message_from_another_thread_is_queued) {
+  HostWindow window;
+  window.show();
+  window.answer = 7;
+  Component()->SetParameterInt("window.command", static_cast<int64_t>(window.winId()));
+  uint32_t result = 99;
+  std::thread other([&] { result = Mouse("mouse.down", "1", 1, 1); });
+  other.join();
+  EXPECT_EQ(result, 0u);
+  EXPECT_TRUE(window.messages.empty());
+  EXPECT_TRUE(WaitFor([&] { return window.messages.size() == 1; }));
+}
+
+TEST_F(Host, other_notifications_are_dropped_but_get_a_code) {
+  QTD::ARGUMENTS args;
+  EXPECT_EQ(Impl()->RunCommand("notification.view", &args), 0u);
+  EXPECT_EQ(args.count("code"), 1u);
+  QTD::ARGUMENTS untouched;
+  EXPECT_EQ(Impl()->RunCommand("other", &untouched), 0u);
+  EXPECT_TRUE(untouched.empty());
+  EXPECT_EQ(Impl()->RunCommand("notification.mouse", nullptr), 0u);
+}
+
+TEST_F(Host, the_class_is_looked_at_before_a_deletion) {
+  ZynDisplay* other = ZynDisplay::CreateComponent();
+  static_cast<ZynDisplayImpl*>(other)->Parameters().Set("class", "Something");
+  ZynDisplay::DeleteComponent(other);
+  EXPECT_NE(ZynDisplay_GetComponent(other), nullptr);  // still alive
+  static_cast<ZynDisplayImpl*>(other)->Parameters().Set("class", "zyndisplayIMPL");
+  ZynDisplay::DeleteComponent(other);
+  EXPECT_EQ(ZynDisplay_GetComponent(other), nullptr);
+}
+
+TEST_F(Host, the_plain_deletion_makes_no_test_of_the_class) {
+  ZynDisplay* other = ZynDisplay_CreateComponent();
+  static_cast<ZynDisplayImpl*>(other)->Parameters().Set("class", "Something");
+  ZynDisplay_DeleteComponent(other);
+  EXPECT_EQ(ZynDisplay_GetComponent(other), nullptr);
+}
+
+TEST_F(Host, a_controller_can_be_had_alone) {
+  ZynDisplayProcessor* controller = ZynDisplayCPU::CreateComponent(&parent);
+  const QPointer<QTDDisplay> object = static_cast<QTDDisplay*>(controller);
+  EXPECT_EQ(object->Parameters().GetPointer("system.parentWidget"), &parent);
+  EXPECT_EQ(object->Parameters().GetString("system.opengl"), "0");
+  EXPECT_EQ(controller->Initialize(&image.record), 0u);
+  EXPECT_EQ(controller->DisplayVideo(&image.record), 0u);
+  object->Parameters().Set("class", "Something");
+  ZynDisplayCPU::DeleteComponent(controller);
+  EXPECT_FALSE(object.isNull());
+  object->Parameters().Set("class", "QTDDisplay");
+  ZynDisplayCPU::DeleteComponent(controller);
+  EXPECT_TRUE(object.isNull());
+}
+
+TEST_F(Host, a_display_is_no_controller_to_delete) {
+  ZynDisplayCPU::DeleteComponent(reinterpret_cast<ZynDisplayProcessor*>(display));
+  EXPECT_NE(ZynDisplay_GetComponent(display), nullptr);
+}
+
+TEST_F(Host, a_display_may_be_deleted_from_inside_its_notification) {
+  ZynDisplay* other = ZynDisplay_CreateComponent();
+  ASSERT_EQ(ZynDisplay_Initialize(other, &parent, nullptr, &image.record), 0u);
+  const QPointer<QTDDisplay> controller = static_cast<ZynDisplayImpl*>(other)->Controller();
+  Receiver receiver;
+  receiver.onMessage = [&](const std::string& name) {
+    if (name == "notification.image") ZynDisplay_DeleteComponent(other);
+  };
+  controller->AddNotification(&receiver);
+  controller->SetParameterInt("image.notification.flags.set", 1);
+  ZynDisplay_DisplayVideo(other, &image.record);
+  EXPECT_TRUE(WaitFor([&] { return controller.isNull(); }));
+  EXPECT_EQ(ZynDisplay_DisplayVideo(other, &image.record), kNullHandle);
+}
+
+TEST_F(Host, a_display_deleted_off_the_gui_thread_goes_a_moment_later) {
+  ZynDisplay* other = ZynDisplay_CreateComponent();
+  const QPointer<QTDDisplay> controller = static_cast<ZynDisplayImpl*>(other)->Controller();
+  std::thread host([other] { ZynDisplay_DeleteComponent(other); });
+  host.join();
+  EXPECT_EQ(ZynDisplay_GetComponent(other), nullptr);
+  EXPECT_TRUE(WaitFor([&] { return controller.isNull(); }));
+}
+
+}  // namespace display_test
