@@ -155,6 +155,8 @@ bool QTDDisplay::BuildProcessor(const ZynImage* imageFormat) {
   parameters.Set("surface", viewer->Parameters().GetString("surface", QTD::ToText(nullptr)));
 
   processor = std::make_unique<QTDProcessor>(this, parameters.GetInt("system.opengl") != 0);
+  // A host may remove stages on any thread. The viewer lives longer than the chain that was built for it.
+  processor->SetStagesLeaving([shown = viewer] { shown->setImage(nullptr, false); });
   processor->Parameters().Set("image.downscale",
                               QTD::ToText(parameters.GetInt("processing.image.downscale", "0")));
   if (PrepareFormat(imageFormat)) return true;

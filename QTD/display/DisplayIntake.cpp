@@ -129,6 +129,8 @@ void QTDDisplay::slotCheckIncomingBuffer() {
     const uint32_t code = ProcessFront(&hasFrame);
     hasFrame = hasFrame && code == 0;
     if (hasFrame) {
+      // No stage leaves between the question for the picture and its way to the window.
+      std::lock_guard<QTD::RMutex> chain(processor->ChainLock());
       shown = processor->Out();
       viewer->setImage(shown, true);
     }

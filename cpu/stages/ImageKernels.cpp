@@ -253,13 +253,13 @@ namespace {
 
 HWY_EXPORT(RunLines);
 
-// Bytes that one thread takes at a time.
-constexpr size_t kSliceBytes = size_t{128} << 10;
+// What one thread takes at a time, source and target together. Threads that work far from each other leave
+// the memory its runs of neighbouring addresses: slices of 128 KiB were a fifth slower.
+constexpr size_t kSliceBytes = size_t{1} << 20;
 
-// From this many bytes on, source and target together, a result would push the source and itself out of the
-// caches before anybody reads it. Measured: with less, stores past the caches cost up to twice the time; with
-// more, they save a quarter, as lines of the target are not read before they are written.
-constexpr size_t kPastCachesBytes = size_t{64} << 20;
+// From this many bytes on the result is stored past the caches, which could not keep it until somebody reads
+// it; its lines are then not read before they are written. Saves a third of the time of 12-megapixel images.
+constexpr size_t kPastCachesBytes = size_t{16} << 20;
 
 }  // namespace
 
@@ -296,7 +296,7 @@ void Run(const Job& job) {
 }
 
 void CopyBlock(const uint8_t* source, uint8_t* target, size_t bytes) {
-  const size_t slice = kSliceBytes / 2;
+  constexpr size_t slice = kSliceBytes / 2;
   const Job lines{Step::kCopy, source, slice, target, slice, slice, bytes / slice, 0};
   Run(lines);
   std::copy_n(source + bytes / slice * slice, bytes % slice, target + bytes / slice * slice);

@@ -232,6 +232,16 @@ TEST_F(Intake, a_rebuild_runs_the_last_image_again) {
   EXPECT_EQ(receiver.Images(), 1u);  // a rebuild is not notified
 }
 
+TEST_F(Intake, a_stage_that_a_host_removes_takes_its_picture_from_the_window) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  Start(image);
+  display->DisplayVideo(&image.record);
+  ASSERT_TRUE(WaitFor([this] { return display->Viewer()->Window()->hasImage(); }));
+  EXPECT_EQ(display->GetProcessor()->RemoveProcessor("image.display"), 0u);
+  EXPECT_FALSE(display->Viewer()->Window()->hasImage());
+  Settle();
+}
+
 TEST_F(Intake, the_flags_switch_the_notification) {
   HostImage image(ZYN_PIXEL_MONO8, 64, 48);
   Start(image);
