@@ -126,7 +126,8 @@ uint32_t QTDConverter::Prepare(const ZynImage& source, const ZynImage* output) {
   const QTD::RMutexLock walk(chain->ChainLock());
   ZynImgProcessor* const stage = chain->FindProcessor(kLastStage);
   if (!stage || !SameSize(&source, stage->GetImageInfo(true))) return ZYN_ERR_NOT_READY;
-  const ZynImage* const first = chain->GetImageInfo(true);
+  // The picture as it comes in, whatever the first stage makes of it.
+  const ZynImage* const first = chain->SourceRecord();
   const ZynImage* const last = stage->GetImageInfo(false);
   if (!first || !last) return ZYN_ERR_NOT_READY;
 

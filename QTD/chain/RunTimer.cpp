@@ -28,8 +28,9 @@ double RunTimer::Stop(int64_t now) {
   average = mean;
   if (runs >= kFullWindow) {
     // 21 becomes 10: the total shrinks by the same proportion, or the average would jump.
-    count = runs / 2;
-    total = std::llround(mean * static_cast<double>(runs / 2));
+    const int64_t kept = runs / 2;
+    count = kept;
+    total = std::llround(mean * static_cast<double>(kept));
   }
   return mean;
 }

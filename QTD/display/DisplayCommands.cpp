@@ -22,7 +22,7 @@ ZynDisplayCommand* Receiver(QTD::ARGUMENTS* args) {
 }  // namespace
 
 uint32_t QTDDisplay::RunCommand(const char* name, QTD::ARGUMENTS* args) {
-  QTD::LiveCall call(this);
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return 0;
   const std::string command = name ? name : "";
   if (args && command == "cmd.parameter.set") {
@@ -87,7 +87,7 @@ void QTDDisplay::GetParameterByCommand(QTD::ARGUMENTS* args) {
 }
 
 uint32_t QTDDisplay::ExecuteCommand(const char* name) {
-  QTD::LiveCall call(this);
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   std::lock_guard<std::recursive_mutex> guard(handlerLock);
   if (!name || std::strcmp(name, "text.add") != 0) {

@@ -1,6 +1,6 @@
 // Conversion of images without showing them.
 #include <QCoreApplication>
-#include <chrono>
+#include <mutex>
 #include <thread>
 
 #include "QTD/chain/QTDConverter.h"
@@ -9,30 +9,23 @@
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/image/ImageRecord.h"
+#include "QTD/platform/Platform.h"
 
 namespace {
 
 constexpr uint32_t kCodeMask = 0xFFFF;
 
-bool SameFormat(const ZynImage* image, const ZynImage* prepared) {
-  return image && prepared && image->width != 0 && image->height != 0 && image->width == prepared->width &&
-         image->height == prepared->height && image->pixelType == prepared->pixelType;
-}
-
-// A short wait in which the GUI thread goes on with its own work, so that others who wait for it come to an
-// end.
-void WaitABit() {
-  if (QTD::IsGuiThread() && QCoreApplication::instance()) {
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-  }
-  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+// Whether an image has the size and code that was prepared; `Prepared` is a record or what is kept of one.
+template <typename Prepared>
+bool SameFormat(const ZynImage* image, const Prepared& prepared) {
+  return image && image->width != 0 && image->height != 0 && image->width == prepared.width &&
+         image->height == prepared.height && image->pixelType == prepared.pixelType;
 }
 
 }  // namespace
 
 uint32_t QTDDisplay::InitConverter(const ZynImage* outputFormat) {
-  QTD::LiveCall call(this);
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   std::scoped_lock guard(convertLock, handlerLock);
   lastError = ZYN_ERR_BUSY;
@@ -59,20 +52,48 @@ std::shared_ptr<QTDConverter> QTDDisplay::CurrentConverter() {
 }
 
 // One caller at a time converts. The others wait without holding a lock, and the GUI thread goes on working
-// meanwhile. False for a call from inside this thread's own conversion, which could never come to its turn.
-bool QTDDisplay::BeginConversion() {
+// meanwhile. A call from inside a conversion, or from a stage, fails: it could never come to its turn.
+uint32_t QTDDisplay::BeginConversion() {
   for (;;) {
     {
       std::lock_guard<std::recursive_mutex> guard(convertLock);
+      if (QTD::platform::OnGuiThread() && walking > 0) return ZYN_ERR_FAILED;
       if (!converting) {
         converting = true;
         convertingThread = std::this_thread::get_id();
-        return true;
+        return 0;
       }
-      if (convertingThread == std::this_thread::get_id()) return false;
+      if (convertingThread == std::this_thread::get_id()) return ZYN_ERR_FAILED;
     }
-    if (closing) return false;
-    WaitABit();
+    if (closing) return ZYN_ERR_NOT_READY;
+    QTD::WaitABit();
+  }
+}
+
+// Takes the turn and sees to a converter; with `renew`, to one for this `output`. It is prepared under the
+// processing lock, which the GUI thread may hold while it waits for its own turn: so the turn is given up
+// when that lock is not free.
+uint32_t QTDDisplay::BeginConversionWithConverter(const ZynImage* output, bool renew) {
+  for (;;) {
+    if (const uint32_t code = BeginConversion()) return code;
+    const std::shared_ptr<QTDConverter> current = CurrentConverter();
+    if (current && !renew) return 0;
+    const ZynImage* target = current ? current->GetImageInfo(false) : nullptr;
+    if (target && SameFormat(output, *target)) return 0;
+    const std::unique_lock<std::recursive_mutex> guard(handlerLock, std::try_to_lock);
+    if (guard) {
+      uint32_t code = 0;
+      try {
+        InitConverter(output);
+      } catch (...) {
+        // A parameter that cannot be read as a number.
+        code = ZYN_ERR_FAILED;
+        EndConversion();
+      }
+      return code;
+    }
+    EndConversion();
+    QTD::WaitABit();
   }
 }
 
@@ -82,16 +103,18 @@ void QTDDisplay::EndConversion() {
 }
 
 uint32_t QTDDisplay::ConvertImage(const ZynImage* input, ZynImage* output) {
-  QTD::LiveCall call(this);
+  return ConvertInTurn(input, output, false);
+}
+
+uint32_t QTDDisplay::ConvertImageAnew(const ZynImage* input, ZynImage* output) {
+  return ConvertInTurn(input, output, true);
+}
+
+uint32_t QTDDisplay::ConvertInTurn(const ZynImage* input, ZynImage* output, bool renew) {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return Compose(ZYN_ERR_NOT_READY);
-  if (!BeginConversion()) return Fail(ZYN_ERR_FAILED);
-  uint32_t code = ZYN_ERR_FAILED;
-  try {
-    code = ConvertCompleted(input, output);
-  } catch (...) {
-    EndConversion();
-    throw;
-  }
+  if (const uint32_t code = BeginConversionWithConverter(output, renew)) return Fail(code);
+  const uint32_t code = ConvertCompleted(input, output);
   EndConversion();
   return Fail(code);
 }
@@ -102,21 +125,20 @@ uint32_t QTDDisplay::ConvertCompleted(const ZynImage* input, ZynImage* output) {
   ZynImage completedOutput = output ? QTD::ImageCompleted(*output) : ZynImage{};
   const uint32_t code =
       ConvertPrepared(input ? &completedInput : nullptr, output ? &completedOutput : nullptr);
-  if (code == 0) output->imageID = completedOutput.imageID;
+  if (code == 0) {
+    output->imageID = completedOutput.imageID;
+    output->origin = completedOutput.origin;
+  }
   return code;
 }
 
 uint32_t QTDDisplay::ConvertPrepared(const ZynImage* input, ZynImage* output) {
-  if (!CurrentConverter()) InitConverter(output);
+  const uint32_t build = builds;
   const std::shared_ptr<QTDConverter> current = CurrentConverter();
   if (!current) return ZYN_ERR_NOT_READY;
-  {
-    // The information belongs to the converter, which is replaced under this lock only.
-    std::lock_guard<std::recursive_mutex> guard(handlerLock);
-    const ZynImage* source = processor ? processor->QTD::ImageProcessorData::GetImageInfo(true) : nullptr;
-    if (!SameFormat(input, source) || !SameFormat(output, current->GetImageInfo(false))) {
-      return ZYN_ERR_BAD_ARGUMENT;
-    }
+  const ZynImage* outputInfo = current->GetImageInfo(false);
+  if (!outputInfo || !SameFormat(input, PreparedFormat()) || !SameFormat(output, *outputInfo)) {
+    return ZYN_ERR_BAD_ARGUMENT;
   }
   if (!current->OpenGate()) return ZYN_ERR_FAILED;
 
@@ -124,6 +146,7 @@ uint32_t QTDDisplay::ConvertPrepared(const ZynImage* input, ZynImage* output) {
   request->input = input;
   request->output = output;
   request->converter = current;
+  request->build = build;
   const uint32_t code = RunConversion(request);
   current->CloseGate();
   return code;
@@ -137,20 +160,20 @@ uint32_t QTDDisplay::RunConversion(const std::shared_ptr<Conversion>& request) {
     std::lock_guard<std::recursive_mutex> guard(convertLock);
     conversion = request;
   }
-  if (QTD::IsGuiThread()) {
+  if (QTD::platform::OnGuiThread()) {
     slotConvertImage(const_cast<ZynImage*>(request->input), request->output);
   } else {
     Q_EMIT signalConvertImage(const_cast<ZynImage*>(request->input), request->output);
   }
   while (request->state != Conversion::kDone) {
-    if (closing || QCoreApplication::closingDown() || CurrentConverter() != request->converter) {
+    if (closing || QCoreApplication::closingDown() || builds != request->build) {
       int queued = Conversion::kQueued;
       if (request->state.compare_exchange_strong(queued, Conversion::kCancelled)) {
         request->code = ZYN_ERR_NOT_READY;
         break;
       }
     }
-    WaitABit();
+    QTD::WaitABit();
   }
   std::lock_guard<std::recursive_mutex> guard(convertLock);
   if (conversion == request) conversion.reset();
@@ -158,6 +181,8 @@ uint32_t QTDDisplay::RunConversion(const std::shared_ptr<Conversion>& request) {
 }
 
 void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return;
   std::shared_ptr<Conversion> request;
   {
     std::lock_guard<std::recursive_mutex> guard(convertLock);
@@ -171,8 +196,12 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
   {
     // Keeps the chain in place while the converter walks it.
     std::lock_guard<std::recursive_mutex> guard(handlerLock);
-    if (CurrentConverter() == request->converter) {
+    if (builds != request->build) {
+      request->converter->Fail();
+    } else {
+      ++walking;
       code = request->converter->ProcessImage(inputImage, outputImage, nullptr) & kCodeMask;
+      --walking;
       const uint32_t state = request->converter->GetState();
       // The outcome stands in the state; arguments that do not fit leave it untouched and have a code of
       // their own.

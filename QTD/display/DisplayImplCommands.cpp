@@ -1,16 +1,14 @@
 // The host's short commands and parameter names, and mouse messages to the host's native window.
-#include <QCoreApplication>
-#include <QMetaObject>
 #include <algorithm>
 #include <cstring>
 #include <string>
 
-#include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/display/ZynDisplayImpl.h"
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Text.h"
+#include "QTD/platform/GuiThread.h"
 #include "QTD/platform/Platform.h"
 
 namespace {
@@ -64,7 +62,7 @@ constexpr uint32_t kDumpColor = 0xC4C4;
 }  // namespace
 
 uint32_t ZynDisplayImpl::ExecuteCommand(const char* name) {
-  QTD::LiveCall call(static_cast<ZynDisplay*>(this));
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   const std::string command = name ? name : "";
   for (const ForwardRow& row : kForwardRows) {
@@ -129,8 +127,8 @@ uint32_t ZynDisplayImpl::RunCommand(const char* name, QTD::ARGUMENTS* args) {
   if (command == "cmd.parameter.set") return SetParameterByCommand(*args);
   // Reading "display.bg.color" or "view.scale" yields what was last stored: for the message "parameter.get"
   // they would be brought up to date here, but no message of that name ever comes.
-  if (command.empty() || command.compare(0, std::strlen(kNotification), kNotification, 0,
-                                         std::min(command.size(), std::strlen(kNotification))) != 0) {
+  if (command.compare(0, std::strlen(kNotification), kNotification, 0,
+                      std::min(command.size(), std::strlen(kNotification))) != 0) {
     return 0;
   }
   (*args)["code"];  // an absent code is there afterwards, empty
@@ -157,6 +155,10 @@ uint32_t ZynDisplayImpl::SetParameterByCommand(QTD::ARGUMENTS& args) {
 
 uint32_t ZynDisplayImpl::ForwardMouse(QTD::ARGUMENTS& args) {
   QTD::ArgumentView view(&args);
+  const auto window = static_cast<uint64_t>(parameters.GetInt64("window.command"));
+  // Windows are the GUI thread's: a message from elsewhere is queued there, and answers 0.
+  const bool here = QTD::platform::OnGuiThread();
+  if (here && !QTD::platform::IsWindow(window)) return 0;
   const std::string code = view.GetString("code");
   const bool left = view.GetInt("left") != 0;
   const auto row = std::find_if(std::begin(kMouseRows), std::end(kMouseRows), [&](const MouseRow& candidate) {
@@ -168,11 +170,9 @@ uint32_t ZynDisplayImpl::ForwardMouse(QTD::ARGUMENTS& args) {
   const auto signature = static_cast<uint32_t>(parameters.GetInt64("system.signature")) & 0xFFFF;
   const auto x = static_cast<uint32_t>(view.GetInt("win.x")) & 0xFFFF;
   const auto y = static_cast<uint32_t>(view.GetInt("win.y")) & 0xFFFF;
-  const MouseMessage message{static_cast<uint64_t>(parameters.GetInt64("window.command")), row->waits,
-                             (uint64_t{signature} << 16) | row->event, static_cast<int32_t>((y << 16) | x)};
-  if (QTD::IsGuiThread()) return Deliver(message);
-  // Windows are the GUI thread's: a message from elsewhere is queued there.
-  QMetaObject::invokeMethod(
-      QCoreApplication::instance(), [message] { Deliver(message); }, Qt::QueuedConnection);
+  const MouseMessage message{window, row->waits, (uint64_t{signature} << 16) | row->event,
+                             static_cast<int32_t>((y << 16) | x)};
+  if (here) return Deliver(message);
+  QTD::platform::QueueOnGuiThread([message] { Deliver(message); });
   return 0;
 }

@@ -3,17 +3,17 @@
 #include <QTimer>
 #include <QWidget>
 #include <algorithm>
-#include <chrono>
 #include <limits>
-#include <thread>
 
 #include "QTD/chain/QTDConverter.h"
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
+#include "QTD/display/ScopedFlag.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
+#include "QTD/platform/Platform.h"
 #include "QTD/window/QTDViewer.h"
 #include "QTD/window/QTDWindow.h"
 
@@ -36,9 +36,10 @@ bool HasSize(const ZynImage* image) {
 }  // namespace
 
 uint32_t QTDDisplay::Initialize(const ZynImage* imageFormat) {
-  QTD::LiveCall call(this);
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   if (!HasSize(imageFormat)) return Fail(ZYN_ERR_BAD_ARGUMENT);
+  if (!QCoreApplication::instance()) return Fail(ZYN_ERR_FAILED);
   QTD::PROPERTIES params;
   params.Set("inputImageFormat", QTD::ToText(static_cast<const void*>(imageFormat)));
   return Compose(RunBlockingMessage("@init.display", params));
@@ -49,7 +50,7 @@ uint32_t QTDDisplay::RunBlockingMessage(const char* name, const QTD::PROPERTIES&
   auto message = std::make_shared<BlockingMessage>();
   message->name = name;
   message->params = params;
-  if (QTD::IsGuiThread()) return HandleMessage(message->name, message->params);
+  if (QTD::platform::OnGuiThread()) return HandleMessage(message->name, message->params);
 
   {
     std::lock_guard<std::mutex> guard(messagesLock);
@@ -57,13 +58,24 @@ uint32_t QTDDisplay::RunBlockingMessage(const char* name, const QTD::PROPERTIES&
   }
   Q_EMIT signalObjectMessage(message->name.c_str(), &message->params);
   while (!message->done) {
-    if (closing || QCoreApplication::closingDown()) return ZYN_ERR_NOT_READY;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if ((closing || QCoreApplication::closingDown()) && Withdraw(message)) return ZYN_ERR_NOT_READY;
+    QTD::WaitABit();
   }
   return message->code;
 }
 
+// Takes a message back; false when the GUI thread is already at it, and its arguments have to stay.
+bool QTDDisplay::Withdraw(const std::shared_ptr<BlockingMessage>& message) {
+  std::lock_guard<std::mutex> guard(messagesLock);
+  const auto found = std::find(messages.begin(), messages.end(), message);
+  if (found == messages.end()) return false;
+  messages.erase(found);
+  return true;
+}
+
 void QTDDisplay::slotObjectMessage(const char* msgName, QTD::PROPERTIES* msgParams) {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return;
   // A sender that gave up has taken its arguments along: only the messages in the list are good.
   std::shared_ptr<BlockingMessage> message;
   {
@@ -85,8 +97,8 @@ uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& par
   uint32_t code = ZYN_ERR_FAILED;
   try {
     code = InitDisplay(static_cast<const ZynImage*>(params.GetPointer("inputImageFormat")));
-  } catch (const std::exception&) {
-    // A parameter that cannot be read as a number.
+  } catch (...) {
+    // A parameter that cannot be read as a number, or host code that ran meanwhile.
     Uninitialize();
   }
   lastError = code;
@@ -94,7 +106,12 @@ uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& par
 }
 
 uint32_t QTDDisplay::InitDisplay(const ZynImage* imageFormat) {
+  if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return ZYN_ERR_FAILED;
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  // Host code that runs while the viewer is made or replaced, or a host's stage, may ask for another
+  // initialisation.
+  if (initialising || walking > 0) return ZYN_ERR_NOT_READY;
+  QTD::ScopedFlag flag(initialising);
   const bool opengl = parameters.GetInt("system.opengl") != 0;
   Uninitialize();
   lastError = 0;
@@ -123,11 +140,12 @@ void QTDDisplay::StartTimer() {
 
 // The viewer of the wanted variant with its screen at the initial view; false when there is no screen.
 bool QTDDisplay::PrepareViewer(bool opengl) {
-  if (viewer && viewer->IsOpenGL() == opengl) {
+  if (viewer && viewer->Window() && viewer->IsOpenGL() == opengl) {
     viewer->setImage(nullptr, false);
   } else {
     QTDViewer* replaced = viewer;
     viewer = nullptr;
+    if (replaced) replaced->disconnect(this);
     delete replaced;
     viewer = new QTDViewer(LivingWidget(parameters.GetPointer("system.parentWidget")), opengl);
     connect(viewer, &QTDViewer::signalClosing, this, &QTDDisplay::slotViewerClosing, Qt::DirectConnection);
@@ -184,7 +202,11 @@ bool QTDDisplay::PrepareFormat(const ZynImage* imageFormat) {
   if (!incoming.Allocate(static_cast<int32_t>(bytes))) return false;
   const ZynImage header = QTD::ImageCompleted(*imageFormat);
   if (processor->Init(&header) != 0) return false;
-  if (viewer->attachProcessor(&header, processor.get()) != 0) return false;
+  {
+    // The chain's lock comes before the viewer's, as where a stage leaves.
+    std::lock_guard<QTD::RMutex> chain(processor->ChainLock());
+    if (viewer->attachProcessor(&header, processor.get()) != 0) return false;
+  }
 
   parameters.Set("processor",
                  QTD::ToText(static_cast<const void*>(static_cast<ZynImgProcessingChain*>(processor.get()))));
@@ -204,12 +226,14 @@ void QTDDisplay::TakePictureAway() {
 
 void QTDDisplay::Uninitialize() {
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  // A stage that asks for it stands in the chain that would go.
+  if (walking > 0) return;
   TakePictureAway();
   processor.reset();
   ++builds;
   converter.reset();
   ReleaseFormat();
-  if (timer && QTD::IsGuiThread()) {
+  if (timer && QTD::platform::OnGuiThread()) {
     delete timer;
   } else if (timer) {
     timer->deleteLater();

@@ -6,6 +6,7 @@
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
+#include "QTD/display/ScopedFlag.h"
 #include "QTD/frame/ImagePayload.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
@@ -18,18 +19,6 @@ namespace {
 constexpr uint32_t kNotifyProcessed = 1;
 
 constexpr uint32_t kCodeMask = 0xFFFF;
-
-// Sets a flag for the length of a scope.
-class ScopedFlag {
- public:
-  explicit ScopedFlag(bool& flagToSet) : flag(flagToSet) { flag = true; }
-  ~ScopedFlag() { flag = false; }
-  ScopedFlag(const ScopedFlag&) = delete;
-  ScopedFlag& operator=(const ScopedFlag&) = delete;
-
- private:
-  bool& flag;
-};
 
 }  // namespace
 
@@ -46,7 +35,7 @@ void QTDDisplay::SetPrepared(const Prepared& preparedFormat) {
 // Any thread. The only copy of the pixels on the road is made here; afterwards the host may reuse its buffer.
 // The result tells of this image's fit; a failure of its processing comes later, with "notification.image".
 uint32_t QTDDisplay::DisplayVideo(const ZynImage* image) {
-  QTD::LiveCall call(this);
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   if (!image) return TakeAway();
 
@@ -58,9 +47,10 @@ uint32_t QTDDisplay::DisplayVideo(const ZynImage* image) {
     const Prepared expected = PreparedFormat();
     if (const uint32_t code = CheckImage(record, expected)) return Fail(code);
     WriteFrame(record, expected);
+    // Under the lock, so that no check comes between and drops the new frame for an earlier failure.
+    lastError = 0;
   }
 
-  lastError = 0;
   inputRate.Tick(true);
   QueueCheck(&QTDDisplay::signalImageReceived);
   std::this_thread::yield();
@@ -78,27 +68,31 @@ uint32_t QTDDisplay::CheckImage(const ZynImage& image, const Prepared& expected)
 
 // Puts pixels and record into the back buffer, the record into its last bytes. An image that does not fit is
 // dropped without a word, and what the buffer holds stays.
-bool QTDDisplay::WriteFrame(const ZynImage& image, const Prepared& expected) {
+void QTDDisplay::WriteFrame(const ZynImage& image, const Prepared& expected) {
   const int32_t tail = incoming.Size() - static_cast<int32_t>(QTD::kRecordSize);
-  if (!expected.exists || tail <= 0) return false;
+  if (!expected.exists || tail <= 0) return;
 
   ZynImage record = image;
   const bool samePicture = image.width == expected.width && image.height == expected.height &&
                            image.pixelType == expected.pixelType;
-  if (samePicture && image.linePitch > expected.linePitch && QTD::LinesFit(image)) {
+  const uint64_t lineBytes = QTD::LineBytes(image);
+  if (samePicture && image.linePitch > expected.linePitch && lineBytes <= expected.linePitch &&
+      QTD::LinesFit(image)) {
     // Lines that are merely padded wider lose their padding.
-    const auto pitch = static_cast<int32_t>(expected.linePitch);
     incoming.WriteLines(image.imageData, static_cast<int32_t>(image.linePitch),
-                        static_cast<int32_t>(QTD::LineBytes(image)), static_cast<int32_t>(image.height),
-                        pitch);
+                        static_cast<int32_t>(lineBytes), static_cast<int32_t>(image.height),
+                        static_cast<int32_t>(expected.linePitch));
     record.linePitch = expected.linePitch;
     record.imageSize = expected.imageSize;
-  } else {
-    if (image.imageSize > static_cast<uint32_t>(tail)) return false;
+  } else if (image.imageSize <= static_cast<uint32_t>(tail)) {
     incoming.Write(image.imageData, static_cast<int32_t>(image.imageSize), 0);
+  } else if (samePicture) {
+    // More bytes than this picture can have: the record alone goes on, and ends the image with 7.
+    incoming.Write(image.imageData, 0, 0);
+  } else {
+    return;
   }
   incoming.Write(&record, static_cast<int32_t>(QTD::kRecordSize), tail);
-  return true;
 }
 
 uint32_t QTDDisplay::TakeAway() {
@@ -115,6 +109,8 @@ void QTDDisplay::QueueCheck(void (QTDDisplay::*checkSignal)()) {
 }
 
 void QTDDisplay::slotCheckIncomingBuffer() {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return;
   checkQueued = false;
   // A receiver of "notification.image" ran the event loop: the check that is under way looks again.
   if (checking) {
@@ -124,7 +120,7 @@ void QTDDisplay::slotCheckIncomingBuffer() {
   ZynImage* shown = nullptr;
   bool hasFrame = false;
   {
-    ScopedFlag flag(checking);
+    QTD::ScopedFlag flag(checking);
     std::lock_guard<std::recursive_mutex> guard(handlerLock);
     const uint32_t code = ProcessFront(&hasFrame);
     hasFrame = hasFrame && code == 0;
@@ -180,16 +176,25 @@ uint32_t QTDDisplay::RunChain() {
   format->imageID = record.imageID;
   // A size or pitch that cannot be true for the buffer ends the image here.
   if (format->imageSize > static_cast<uint32_t>(tail) || !QTD::LinesFit(*format)) return ZYN_ERR_BAD_ARGUMENT;
-  return processor->ProcessImage(format, nullptr, nullptr) & kCodeMask;
+  return WalkChain();
+}
+
+// `handlerLock` is held, so that no other thread sees the count above 0.
+uint32_t QTDDisplay::WalkChain() {
+  ++walking;
+  const uint32_t code = processor->ProcessImage(format, nullptr, nullptr) & kCodeMask;
+  --walking;
+  return code;
 }
 
 void QTDDisplay::NotifyImage(uint32_t code) {
   if (!(imageNotificationFlags & kNotifyProcessed)) return;
   QTD::ARGUMENTS& payload = QTD::ImageNotificationPayload();
+  payload["code"] = "processed";
   payload["result"] = QTD::ToText(static_cast<int>(code));
   try {
     messenger.Send("notification.image", &payload);
-  } catch (const std::exception&) {
+  } catch (...) {
     // A host's receiver threw; the image itself is all right.
   }
 }
@@ -205,6 +210,8 @@ void QTDDisplay::slotImageProcessed(ZynImage* image, bool rebuild) {
 // Runs the last image through the chain again, after a change of parameters. The picture on the screen
 // changes with the next redraw.
 void QTDDisplay::slotRebuildImage() {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return;
   ZynImage* rebuilt = nullptr;
   bool done = false;
   {
@@ -213,7 +220,7 @@ void QTDDisplay::slotRebuildImage() {
     std::lock_guard<std::recursive_mutex> swap(incoming.SwapLock());
     inputRate.Tick(true);
     if (format && format->imageData && processor) {
-      const uint32_t code = processor->ProcessImage(format, nullptr, nullptr) & kCodeMask;
+      const uint32_t code = WalkChain();
       lastError = code;
       done = code == 0;
       rebuilt = processor->Out();

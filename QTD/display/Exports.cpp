@@ -22,24 +22,31 @@ bool IsOfClass(ZynComponent* component, const char* className) {
          strcasecmp(text.data(), className) == 0;
 }
 
-void DeleteImplementation(ZynDisplay* display) {
-  auto* implementation = static_cast<ZynDisplayImpl*>(display);
-  implementation->Controller()->BeginClosing();
-  QTD::LiveObjects::Instance().Retire(display, [implementation] {
+// The object is told under a call that keeps it alive; of several threads that delete it, one does.
+void DeleteImplementation(ZynDisplay* display, bool checkClass) {
+  ZynDisplayImpl* implementation = nullptr;
+  {
+    QTD::LiveCall call(QTD::LiveObjects::Displays(), display);
+    if (!call || (checkClass && !IsOfClass(display->GetComponent(), "ZynDisplayImpl"))) return;
+    implementation = static_cast<ZynDisplayImpl*>(display);
+    implementation->Controller()->BeginClosing();
+  }
+  QTD::LiveObjects::Displays().Retire(display, [implementation] {
     implementation->Shutdown();
     delete implementation;
   });
 }
 
 void DeleteController(ZynDisplayProcessor* display) {
-  // Addresses in the table are those of the controllers, not of this base of theirs.
-  auto* controller = static_cast<QTDDisplay*>(display);
+  QTDDisplay* controller = nullptr;
   {
-    QTD::LiveCall call(controller);
-    if (!call || !IsOfClass(controller->GetComponent(), "QTDDisplay")) return;
+    // Only what stands in the table is touched: the pointer may be anything.
+    QTD::LiveCall call(QTD::LiveObjects::Controllers(), display);
+    if (!call || !IsOfClass(display->GetComponent(), "QTDDisplay")) return;
+    controller = static_cast<QTDDisplay*>(display);
     controller->BeginClosing();
   }
-  QTD::LiveObjects::Instance().Retire(controller, [controller] { delete controller; });
+  QTD::LiveObjects::Controllers().Retire(display, [controller] { delete controller; });
 }
 
 }  // namespace
@@ -49,11 +56,7 @@ ZynDisplay* ZynDisplay::CreateComponent() {
 }
 
 void ZynDisplay::DeleteComponent(ZynDisplay* display) {
-  {
-    QTD::LiveCall call(display);
-    if (!call || !IsOfClass(display->GetComponent(), "ZynDisplayImpl")) return;
-  }
-  DeleteImplementation(display);
+  DeleteImplementation(display, true);
 }
 
 ZynDisplayProcessor* ZynDisplayCPU::CreateComponent(QWidget* parent) {
@@ -70,34 +73,30 @@ ZynDisplay* ZynDisplay_CreateComponent() {
 
 // Makes no test of the class.
 void ZynDisplay_DeleteComponent(ZynDisplay* display) {
-  {
-    QTD::LiveCall call(display);
-    if (!call) return;
-  }
-  DeleteImplementation(display);
+  DeleteImplementation(display, false);
 }
 
 ZynComponent* ZynDisplay_GetComponent(ZynDisplay* display) {
-  QTD::LiveCall call(display);
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), display);
   return call ? display->GetComponent() : nullptr;
 }
 
 uint32_t ZynDisplay_Initialize(ZynDisplay* display, void* parent, const char* mode, const ZynImage* format) {
-  QTD::LiveCall call(display);
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), display);
   return call ? display->Initialize(parent, mode, format) : kNullHandle;
 }
 
 uint32_t ZynDisplay_DisplayVideo(ZynDisplay* display, const ZynImage* image) {
-  QTD::LiveCall call(display);
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), display);
   return call ? display->DisplayVideo(image) : kNullHandle;
 }
 
 uint32_t ZynDisplay_DisplayImage(ZynDisplay* display, const ZynImage* image) {
-  QTD::LiveCall call(display);
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), display);
   return call ? display->DisplayImage(image) : kNullHandle;
 }
 
 uint32_t ZynDisplay_ConvertImage(ZynDisplay* display, const ZynImage* input, ZynImage* output) {
-  QTD::LiveCall call(display);
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), display);
   return call ? display->ConvertImage(input, output) : kNullHandle;
 }

@@ -1,9 +1,10 @@
-// Where the GUI thread is.
+// Waiting for others without holding up the GUI thread.
 #pragma once
 
 namespace QTD {
 
-// Whether the caller runs on the thread of the Qt application. Without an application every thread does.
-bool IsGuiThread();
+// About a millisecond. On the GUI thread its events go on meanwhile, so that others who wait for it come to
+// an end.
+void WaitABit();
 
 }  // namespace QTD

@@ -4,8 +4,9 @@
 #include <QTimer>
 #include <algorithm>
 
-#include "QTD/display/GuiThread.h"
 #include "QTD/frame/Messenger.h"
+#include "QTD/platform/GuiThread.h"
+#include "QTD/platform/Platform.h"
 
 namespace QTD {
 
@@ -20,10 +21,15 @@ auto FindThread(std::vector<std::pair<std::thread::id, int>>& calls) {
 
 }  // namespace
 
-LiveObjects& LiveObjects::Instance() {
-  // Never destroyed: hosts may call until the very end of the process.
-  static LiveObjects& instance = *new LiveObjects;
-  return instance;
+// Never destroyed: hosts may call until the very end of the process.
+LiveObjects& LiveObjects::Displays() {
+  static LiveObjects& displays = *new LiveObjects;
+  return displays;
+}
+
+LiveObjects& LiveObjects::Controllers() {
+  static LiveObjects& controllers = *new LiveObjects;
+  return controllers;
 }
 
 void LiveObjects::Add(const void* object) {
@@ -72,12 +78,10 @@ bool LiveObjects::Retire(const void* object, std::function<void()> destroy) {
     if (found == objects.end() || found->second.closing) return false;
     found->second.closing = true;
   }
-  if (IsGuiThread()) {
+  if (!QCoreApplication::instance() || platform::OnGuiThread()) {
     FinishRetirement(object, destroy);
   } else {
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [this, object, destroy] { FinishRetirement(object, destroy); },
-        Qt::QueuedConnection);
+    platform::QueueOnGuiThread([this, object, destroy] { FinishRetirement(object, destroy); });
   }
   return true;
 }

@@ -16,7 +16,9 @@ namespace QTD {
 // for the calls that are under way. Any thread; costs no allocation in the steady state.
 class LiveObjects {
  public:
-  static LiveObjects& Instance();
+  // Displays and controllers are known apart: a host may mistake one for the other.
+  static LiveObjects& Displays();
+  static LiveObjects& Controllers();
 
   void Add(const void* object);
   bool Enter(const void* object);  // false: not alive
@@ -47,16 +49,17 @@ class LiveObjects {
 // One call into an object.
 class LiveCall {
  public:
-  explicit LiveCall(const void* calledObject)
-      : object(LiveObjects::Instance().Enter(calledObject) ? calledObject : nullptr) {}
+  LiveCall(LiveObjects& livingObjects, const void* calledObject)
+      : objects(livingObjects), object(livingObjects.Enter(calledObject) ? calledObject : nullptr) {}
   ~LiveCall() {
-    if (object) LiveObjects::Instance().Leave(object);
+    if (object) objects.Leave(object);
   }
   LiveCall(const LiveCall&) = delete;
   LiveCall& operator=(const LiveCall&) = delete;
   explicit operator bool() const { return object != nullptr; }
 
  private:
+  LiveObjects& objects;
   const void* object;
 };
 

@@ -5,8 +5,12 @@ namespace {
 
 struct Module {
   Module() {
-    QTD::InitLogging();
-    QTD::LogCategory().info("DisplayQt: -> Enter");
+    try {
+      QTD::InitLogging();
+      QTD::LogCategory().info("DisplayQt: -> Enter");
+    } catch (...) {
+      // The host's program starts in any case; the trace stays off.
+    }
   }
   ~Module() { QTD::ShutdownLogging(); }
 };

@@ -5,6 +5,7 @@
 
 #include "QTD/chain/QTDConverter.h"
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
@@ -46,7 +47,7 @@ void RegisterSignalTypes() {
 
 QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
   RegisterSignalTypes();
-  QTD::LiveObjects::Instance().Add(this);
+  QTD::LiveObjects::Controllers().Add(Key());
 
   parameters.Set("class", "QTDDisplay");
   parameters.Set("system.opengl", QTD::ToText(opengl));
@@ -71,7 +72,8 @@ QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
 
 QTDDisplay::~QTDDisplay() {
   BeginClosing();
-  QTD::LiveObjects::Instance().Remove(this);
+  QTD::LiveObjects::Controllers().Remove(Key());
+  EndParameterCalls();
   Uninitialize();
   {
     std::scoped_lock guard(viewLock, convertLock, handlerLock);
@@ -79,13 +81,13 @@ QTDDisplay::~QTDDisplay() {
     viewer = nullptr;
     delete closed;
   }
-  // The messenger's thread may still be inside this object's own `RunCommand`.
-  messenger.RemoveReceiver(this);
-  messenger.StopAndWait();
+  // The messenger's thread may still be inside a receiver, which may itself be waiting for this thread.
+  while (messenger.IsRunning()) QTD::WaitABit();
 }
 
 void QTDDisplay::BeginClosing() {
   closing = true;
+  messenger.Close();
 }
 
 ZynComponent* QTDDisplay::GetComponent() {
@@ -117,10 +119,13 @@ void QTDDisplay::slotViewerClosing() {
   Uninitialize();
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
   viewer = nullptr;
+  parameters.Set("surface", QTD::ToText(nullptr));
 }
 
 // Without images the rates decay, since each tick looks at their window anew.
 void QTDDisplay::slotTimer() {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return;
   outputRate.Tick(false);
   outputRateHistory.Push(outputRate.Rate());
   inputRate.Tick(false);

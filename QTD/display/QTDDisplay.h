@@ -68,7 +68,12 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   virtual bool SetCenter(double fractionX, double fractionY, bool refresh);
   virtual QTD::Messenger* GetMessenger();
 
-  // Ends the waiting of all calls under way, with code 8; the display is about to be deleted.
+  // As `ConvertImage`; where the prepared converter does not fit, another one is prepared within the same
+  // turn.
+  uint32_t ConvertImageAnew(const ZynImage* input, ZynImage* output);
+
+  // The display is about to be deleted: ends the waiting of all calls under way with code 8, and tells no
+  // receiver anything any more.
   void BeginClosing();
 
   QTDViewer* Viewer() const { return viewer; }  // GUI thread
@@ -95,7 +100,10 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void slotViewerClosing();
 
  private:
-  // What `DisplayVideo` checks an image against, without waiting for the GUI thread.
+  // Under which address the table of living displays knows this one.
+  const void* Key() const { return static_cast<const ZynDisplayProcessor*>(this); }
+
+  // What images are checked against, without waiting for the GUI thread.
   struct Prepared {
     bool exists = false;
     uint32_t width = 0, height = 0, pixelType = 0;
@@ -116,12 +124,14 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
     const ZynImage* input = nullptr;
     ZynImage* output = nullptr;
     std::shared_ptr<QTDConverter> converter;
+    uint32_t build = 0;  // of the chain that the converter was prepared for
     std::atomic<int> state{kQueued};
     uint32_t code = 0;
   };
 
   // Initialisation (GUI thread)
   uint32_t RunBlockingMessage(const char* name, const QTD::PROPERTIES& params);
+  bool Withdraw(const std::shared_ptr<BlockingMessage>& message);
   uint32_t HandleMessage(const std::string& name, QTD::PROPERTIES& params);
   uint32_t InitDisplay(const ZynImage* imageFormat);
   bool PrepareViewer(bool opengl);
@@ -133,19 +143,22 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
 
   // Intake
   uint32_t CheckImage(const ZynImage& image, const Prepared& expected) const;
-  bool WriteFrame(const ZynImage& image, const Prepared& expected);
+  void WriteFrame(const ZynImage& image, const Prepared& expected);
   uint32_t TakeAway();
   void QueueCheck(void (QTDDisplay::*checkSignal)());
   uint32_t ProcessFront(bool* hasFrame);
   uint32_t RunChain();
+  uint32_t WalkChain();
   void NotifyImage(uint32_t code);
   bool CanProcess() const;
   Prepared PreparedFormat();
   void SetPrepared(const Prepared& format);
 
   // Conversion
-  bool BeginConversion();
+  uint32_t BeginConversion();
+  uint32_t BeginConversionWithConverter(const ZynImage* output, bool renew);
   void EndConversion();
+  uint32_t ConvertInTurn(const ZynImage* input, ZynImage* output, bool renew);
   std::shared_ptr<QTDConverter> CurrentConverter();
   uint32_t ConvertCompleted(const ZynImage* input, ZynImage* output);
   uint32_t ConvertPrepared(const ZynImage* input, ZynImage* output);
@@ -181,7 +194,9 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   std::atomic<bool> checkQueued{false};  // a check of the incoming buffer waits in the event queue
   bool checking = false;                 // GUI thread: a check is on the stack
   bool checkAgain = false;               // GUI thread: another one was asked for meanwhile
-  uint32_t builds = 0;                   // counts builds of the chain; changes with `processor`
+  int walking = 0;                       // GUI thread: runs of the chain on the stack
+  bool initialising = false;             // GUI thread: an initialisation is on the stack
+  std::atomic<uint32_t> builds{0};       // counts builds of the chain; changes with `processor`
 
   std::mutex preparedLock;  // guards `prepared`
   Prepared prepared;

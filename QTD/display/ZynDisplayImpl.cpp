@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <functional>
 
-#include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Text.h"
+#include "QTD/platform/GuiThread.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ QWidget* FindParent(void* parent) {
 }  // namespace
 
 ZynDisplayImpl::ZynDisplayImpl() : controller(std::make_unique<QTDDisplay>(nullptr, false)) {
-  QTD::LiveObjects::Instance().Add(static_cast<ZynDisplay*>(this));
+  QTD::LiveObjects::Displays().Add(static_cast<ZynDisplay*>(this));
   parameters.Set("class", "ZynDisplayImpl");
   SetParameterHandlers(this, this);
   controller->AddNotification(this);
@@ -35,7 +35,8 @@ ZynDisplayImpl::ZynDisplayImpl() : controller(std::make_unique<QTDDisplay>(nullp
 
 ZynDisplayImpl::~ZynDisplayImpl() {
   controller->BeginClosing();
-  QTD::LiveObjects::Instance().Remove(static_cast<ZynDisplay*>(this));
+  QTD::LiveObjects::Displays().Remove(static_cast<ZynDisplay*>(this));
+  EndParameterCalls();
   // No notification comes in any more once this object is only half there.
   controller->DelNotification(this);
   controller.reset();
@@ -51,17 +52,19 @@ bool ZynDisplayImpl::IsReserved() {
 
 void ZynDisplayImpl::Shutdown() {}
 
-// The look-up of the window is the GUI thread's: a caller on another thread gives the widget itself.
 uint32_t ZynDisplayImpl::Initialize(void* parent, const char* mode, const ZynImage* format) {
-  QTD::LiveCall call(static_cast<ZynDisplay*>(this));
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
-  const QWidget* widget = QTD::IsGuiThread() ? FindParent(parent) : static_cast<QWidget*>(parent);
-  controller->Parameters().Set("system.parentWidget", QTD::ToText(static_cast<const void*>(widget)));
+  // Windows are looked up on the GUI thread.
+  const int64_t found =
+      QTD::platform::AskGuiThread([parent] { return reinterpret_cast<intptr_t>(FindParent(parent)); });
+  const void* widget = found ? reinterpret_cast<void*>(found) : parent;
+  controller->Parameters().Set("system.parentWidget", QTD::ToText(widget));
   return Initialize(format, mode);
 }
 
 uint32_t ZynDisplayImpl::Initialize(const ZynImage* format, const char* mode) {
-  QTD::LiveCall call(static_cast<ZynDisplay*>(this));
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   const bool opengl = mode && std::string(mode) == "opengl";
   controller->Parameters().Set("system.opengl", QTD::ToText(opengl));
@@ -70,7 +73,7 @@ uint32_t ZynDisplayImpl::Initialize(const ZynImage* format, const char* mode) {
 
 // A failing image is offered a second time, and the second answer counts.
 uint32_t ZynDisplayImpl::DisplayVideo(const ZynImage* image) {
-  QTD::LiveCall call(static_cast<ZynDisplay*>(this));
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   if (controller->DisplayVideo(image) == 0) return 0;
   return kFailure | (uint32_t{GetComponentID()} << 16) | controller->DisplayVideo(image);
@@ -82,14 +85,9 @@ uint32_t ZynDisplayImpl::DisplayImage(const ZynImage* image) {
 }
 
 uint32_t ZynDisplayImpl::ConvertImage(const ZynImage* input, ZynImage* output) {
-  QTD::LiveCall call(static_cast<ZynDisplay*>(this));
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
-  uint32_t code = controller->ConvertImage(input, output) & kCodeMask;
-  if (code == ZYN_ERR_BAD_ARGUMENT) {
-    // The prepared converter does not fit: prepare another one.
-    controller->ReleaseConverter();
-    code = controller->ConvertImage(input, output) & kCodeMask;
-  }
+  const uint32_t code = controller->ConvertImageAnew(input, output) & kCodeMask;
   if (code != 0) return Compose(code);
   output->timestamp = input->timestamp;
   output->imageID = input->imageID;
@@ -97,7 +95,7 @@ uint32_t ZynDisplayImpl::ConvertImage(const ZynImage* input, ZynImage* output) {
 }
 
 uint32_t ZynDisplayImpl::TranslatePosition(uint32_t* x, uint32_t* y, int direction) {
-  QTD::LiveCall call(static_cast<ZynDisplay*>(this));
+  QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   const bool toImage = direction == 1;
   QTD::ARGUMENTS args;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <thread>
 #include <utility>
 
 #include "QTD/frame/Logging.h"
@@ -48,6 +49,7 @@ uint32_t ComponentImpl::CopyText(const std::string& text, char* buffer, const ui
 }
 
 uint32_t ComponentImpl::GetParameterName(uint32_t index, char* buffer, uint32_t* size) {
+  const ParameterCall call(*this);
   const std::string name = parameters.NameAt(static_cast<int32_t>(index));
   if (name.empty()) return Compose(ZYN_ERR_NOT_FOUND);
   if (!buffer) return 0;  // the caller only asks whether the index exists
@@ -59,6 +61,7 @@ uint32_t ComponentImpl::GetParameter(const char* name, char* buffer, uint32_t* s
 }
 
 uint32_t ComponentImpl::SetParameter(const char* name, const char* value) {
+  const ParameterCall call(*this);
   if (!name || !*name || !value || !*value) return Compose(ZYN_ERR_BAD_ARGUMENT);
   parameters.Set(name, value);
   return 0;
@@ -73,21 +76,25 @@ uint32_t ComponentImpl::Store(const char* name, const std::string& offered, std:
 }
 
 uint32_t ComponentImpl::SetParameterBool(const char* name, uint8_t value) {
+  const ParameterCall call(*this);
   // Any byte but 0 is seen by the handler as it is, and kept as 1.
   return Store(name, ToText(static_cast<int>(value)), ToText(value != 0));
 }
 
 uint32_t ComponentImpl::SetParameterInt(const char* name, int64_t value) {
+  const ParameterCall call(*this);
   const std::string text = ToText(static_cast<long long>(value));
   return Store(name, text, text);
 }
 
 uint32_t ComponentImpl::SetParameterDouble(const char* name, double value) {
+  const ParameterCall call(*this);
   const std::string text = ToText(value);
   return Store(name, text, text);
 }
 
 uint32_t ComponentImpl::SetParameterString(const char* name, const char* value) {
+  const ParameterCall call(*this);
   const std::string text = TextOrEmpty(value);
   return Store(name, text, text);
 }
@@ -110,20 +117,25 @@ uint32_t ComponentImpl::Read(const char* name, Value* result, Parse parse) {
 }
 
 uint32_t ComponentImpl::GetParameterBool(const char* name, uint8_t* result) {
+  const ParameterCall call(*this);
   return Read(name, result, ParseBool);
 }
 
 uint32_t ComponentImpl::GetParameterInt(const char* name, int64_t* result) {
+  const ParameterCall call(*this);
   return Read(name, result, ParseInt64);
 }
 
 uint32_t ComponentImpl::GetParameterDouble(const char* name, double* result) {
+  const ParameterCall call(*this);
   return Read(name, result, ParseDouble);
 }
 
 uint32_t ComponentImpl::GetParameterString(const char* name, char* buffer, uint32_t* size) {
+  const ParameterCall call(*this);
   std::string present;
-  if (buffer && size) present.assign(buffer, strnlen(buffer, *size));
+  // A size from 2^31 on is refused below: nothing is read for it.
+  if (buffer && size && static_cast<int32_t>(*size) > 0) present.assign(buffer, strnlen(buffer, *size));
   const uint32_t refused = CallParameterHandler(false, name, present);
   if (refused) return refused;
   std::string text;
@@ -137,6 +149,11 @@ uint32_t ComponentImpl::GetParameterExtra(const char*, void*) {
 
 uint32_t ComponentImpl::ExecuteCommand(const char*) {
   return Compose(ZYN_ERR_NOT_SUPPORTED);
+}
+
+void ComponentImpl::EndParameterCalls() {
+  SetParameterHandlers(nullptr, nullptr);
+  while (parameterCalls > 0) std::this_thread::yield();
 }
 
 void ComponentImpl::SetParameterHandlers(ZynDisplayCommand* setter, ZynDisplayCommand* getter) {

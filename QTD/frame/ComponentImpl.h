@@ -1,6 +1,7 @@
 // The implementation of the parameter interface that every configurable object inherits.
 #pragma once
 
+#include <atomic>
 #include <log4cpp/Category.hh>
 #include <mutex>
 #include <string>
@@ -43,7 +44,26 @@ class ComponentImpl : public ZynComponent {
 
   PROPERTIES& Parameters() { return parameters; }
 
+  // Takes the handlers away and waits for the parameter calls of other threads that are under way. A class
+  // whose objects hosts delete calls it first in its destructor.
+  void EndParameterCalls();
+
  protected:
+  // Counts a call for the length of a scope.
+  class ParameterCall {
+   public:
+    explicit ParameterCall(ComponentImpl& calledComponent) : component(calledComponent) {
+      ++component.parameterCalls;
+    }
+    ~ParameterCall() { --component.parameterCalls; }
+    ParameterCall(const ParameterCall&) = delete;
+    ParameterCall& operator=(const ParameterCall&) = delete;
+
+   private:
+    ComponentImpl& component;
+  };
+
+  std::atomic<int> parameterCalls{0};  // under way
   uint8_t componentID = 0xFF;
   PROPERTIES parameters;
   ZynDisplayCommand* setHandler = nullptr;  // guarded by `handlerLock`

@@ -74,8 +74,18 @@ bool Messenger::Post(const char* message, ARGUMENTS* args) {
   if (text.empty()) return true;
   std::string code = list.GetString("code");
   const std::lock_guard<std::recursive_mutex> queueGuard(queueLock);
-  queue[{text, std::move(code)}] = list;
+  if (!receivers->IsClosed()) queue[{text, std::move(code)}] = list;
   return true;
+}
+
+void Messenger::Close() {
+  {
+    const std::lock_guard<std::recursive_mutex> guard(membershipLock);
+    receivers->Close();
+    RequestStop();
+  }
+  const std::lock_guard<std::recursive_mutex> guard(queueLock);
+  queue.clear();
 }
 
 PROPERTIES* Messenger::GetCommonProperties() {

@@ -29,13 +29,23 @@ class Messenger : public Thread {
   // Null and known ones are ignored. Starts the thread.
   virtual void AddReceiver(ZynDisplayCommand* receiver);
   // Waits for a delivery to that receiver that is under way on another thread, so that the receiver may be
-  // deleted afterwards. Does not wait inside a delivery to that receiver. Always true.
+  // deleted afterwards. Does not wait inside a delivery to that receiver. Inside another delivery, of
+  // whichever messenger, it waits one second at most: the notification that the caller is in may hold a lock
+  // that the receiver waits for. After that second the receiver may still be running, and only the host knows
+  // when it has returned. On the GUI thread events are handled during the wait, so that a receiver may wait
+  // for that thread; the caller should hold no lock. Always true.
   virtual bool RemoveReceiver(ZynDisplayCommand* receiver);
   // The OR of the receivers' results. Without `args` the receivers get an empty map, without the common
   // pairs. What a receiver throws goes on to the caller.
   virtual uint32_t Send(const char* message, ARGUMENTS* args);
   // False for a null name; an empty one is not queued.
   virtual bool Post(const char* message, ARGUMENTS* args);
+  // For good: no further delivery begins, later receivers are ignored, and what was or will be posted is
+  // dropped. Does not wait: a delivery that is under way goes on. The thread is asked to stop; `IsRunning`
+  // turns false after its last touch of a receiver, and stays so. The destructor waits for that without
+  // handling events, so an owner on the GUI thread, for which a receiver may be waiting, first handles events
+  // until `IsRunning` is false.
+  void Close();
   virtual PROPERTIES* GetCommonProperties();  // pairs that go with every message
 
   // Whether the calling thread is inside a receiver, of whichever messenger.

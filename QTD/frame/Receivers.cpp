@@ -1,13 +1,31 @@
 #include "QTD/frame/Receivers.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <condition_variable>
 #include <list>
 #include <thread>
 
+#include "QTD/platform/Platform.h"
+
 namespace QTD {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr auto guiSlice = std::chrono::milliseconds(1);  // between two looks at the event loop
+
+// Releases a lock for a while.
+class Unlocked {
+ public:
+  explicit Unlocked(std::unique_lock<std::mutex>& heldGuard) : guard(heldGuard) { guard.unlock(); }
+  ~Unlocked() { guard.lock(); }
+  Unlocked(const Unlocked&) = delete;
+  Unlocked& operator=(const Unlocked&) = delete;
+
+ private:
+  std::unique_lock<std::mutex>& guard;
+};
 
 // Who runs which receiver, and who waits for which. One register serves all messengers of the process, since
 // threads may wait for each other across messengers.
@@ -40,8 +58,7 @@ class Register {
 
   bool HasDeliveryOf(std::thread::id thread) {
     const std::lock_guard<std::mutex> guard(lock);
-    return std::any_of(deliveries.begin(), deliveries.end(),
-                       [thread](const Entry& e) { return e.thread == thread; });
+    return IsDeliveringOn(thread);
   }
 
   uint64_t Now() {
@@ -50,18 +67,29 @@ class Register {
   }
 
   void Wait(const Receivers* owner, const ZynDisplayCommand* receiver, uint64_t moment) {
+    const bool gui = platform::OnGuiThread();
     std::unique_lock<std::mutex> guard(lock);
     const auto self = std::this_thread::get_id();
     if (std::any_of(deliveries.begin(), deliveries.end(),
                     [&](const Entry& e) { return e.receiver == receiver && e.thread == self; })) {
       return;
     }
-    const auto waiting = waits.insert(waits.end(), {owner, receiver, self, moment});
-    changed.wait(guard, [&] {
-      return std::none_of(deliveries.begin(), deliveries.end(),
-                          [&](const Entry& e) { return Holds(e, *waiting) && !WaitsFor(e.thread, self); });
-    });
-    waits.erase(waiting);
+    const bool bounded = IsDeliveringOn(self);
+    const auto deadline = Clock::now() + Receivers::kPatience;
+    const Waiting waiting(*this, {owner, receiver, self, moment});
+    while (IsHeld(*waiting.position) && !(bounded && Clock::now() >= deadline)) {
+      if (gui) {
+        changed.wait_for(guard, guiSlice);
+        if (!IsHeld(*waiting.position)) break;
+        const Unlocked unlocked(guard);
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+      } else if (bounded) {
+        changed.wait_until(guard, deadline);
+      } else {
+        changed.wait(guard);
+      }
+    }
   }
 
   // The caller is about to wait, by its own means, for all deliveries of `owner`. Those who wait for the
@@ -78,22 +106,45 @@ class Register {
   }
 
  private:
+  // A wait on the books. Made and ended while `lock` is held.
+  struct Waiting {
+    Waiting(Register& givenOwner, const Entry& entry)
+        : owner(givenOwner), position(owner.waits.insert(owner.waits.end(), entry)) {}
+    ~Waiting() { owner.waits.erase(position); }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+
+    Register& owner;
+    const Position position;
+  };
+
+  bool IsDeliveringOn(std::thread::id thread) const {
+    return std::any_of(deliveries.begin(), deliveries.end(),
+                       [thread](const Entry& e) { return e.thread == thread; });
+  }
+
+  bool IsHeld(const Entry& waiting) const {
+    return std::any_of(deliveries.begin(), deliveries.end(),
+                       [&](const Entry& e) { return Holds(e, waiting) && !WaitsFor(e, waiting.thread); });
+  }
+
   static bool Holds(const Entry& delivery, const Entry& waiting) {
     return delivery.owner == waiting.owner && delivery.number < waiting.number &&
            (!waiting.receiver || delivery.receiver == waiting.receiver);
   }
 
-  // Whether `thread` waits for a delivery on `goal`, directly or through other threads.
-  bool WaitsFor(std::thread::id thread, std::thread::id goal) const {
-    std::vector<std::thread::id> seen{thread};
+  // Whether the end of `held` waits for the end of a delivery on `goal`, directly or through other threads. A
+  // wait holds up only the deliveries that it began in: while the GUI thread waits, it handles events, and
+  // the deliveries that these begin end first.
+  bool WaitsFor(const Entry& held, std::thread::id goal) const {
+    std::vector<const Entry*> seen{&held};
     for (size_t i = 0; i < seen.size(); ++i) {
-      if (seen[i] == goal) return true;
+      if (seen[i]->thread == goal) return true;
       for (const Entry& waiting : waits) {
-        if (waiting.thread != seen[i]) continue;
+        if (waiting.thread != seen[i]->thread || waiting.number < seen[i]->number) continue;
         for (const Entry& delivery : deliveries) {
           if (!Holds(delivery, waiting)) continue;
-          if (std::find(seen.begin(), seen.end(), delivery.thread) == seen.end())
-            seen.push_back(delivery.thread);
+          if (std::find(seen.begin(), seen.end(), &delivery) == seen.end()) seen.push_back(&delivery);
         }
       }
     }
@@ -151,16 +202,23 @@ bool Receivers::Empty() const {
   return receivers.empty();
 }
 
+void Receivers::Close() {
+  const std::lock_guard<std::mutex> guard(lock);
+  closed = true;
+  receivers.clear();
+}
+
+bool Receivers::IsClosed() const {
+  const std::lock_guard<std::mutex> guard(lock);
+  return closed;
+}
+
 void Receivers::WaitForDeliveries(const ZynDisplayCommand* receiver, uint64_t moment) const {
   if (receiver) Register::Instance().Wait(this, receiver, moment);
 }
 
 Receivers::Closing::Closing(Receivers& closedReceivers) : receivers(closedReceivers) {
-  {
-    const std::lock_guard<std::mutex> guard(receivers.lock);
-    receivers.closed = true;
-    receivers.receivers.clear();
-  }
+  receivers.Close();
   Register::Instance().BeginWait(&receivers);
 }
 

@@ -1,6 +1,7 @@
 // The receivers of a messenger, and the deliveries to them that are under way.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <vector>
@@ -15,19 +16,29 @@ class Receivers {
  public:
   enum class Exceptions { pass, swallow };
 
+  // How long a removal waits inside a delivery. Whoever made that delivery may hold a lock that the awaited
+  // receiver is waiting for, and gives it up only when the delivery returns: without a limit both would wait
+  // for ever.
+  static constexpr std::chrono::seconds kPatience{1};
+
   // Null and known ones are ignored; false when closed.
   bool Add(ZynDisplayCommand* receiver);
   // No delivery to it begins afterwards, unless it is added again. Answers the moment, for
   // `WaitForDeliveries`.
   uint64_t Remove(ZynDisplayCommand* receiver);
   bool Empty() const;
-  // Removes all, for good. While it lives, the calling thread counts as waiting for all deliveries of this
+  // Removes all, for good: no delivery begins afterwards. Does not wait. Again: no effect.
+  void Close();
+  bool IsClosed() const;
+  // `Close`; and while it lives, the calling thread counts as waiting for all deliveries of this
   // object.
   class Closing;
 
   // Waits for the deliveries to `receiver` that began before `moment` and are under way on other threads.
-  // Returns at once inside a delivery to that receiver, and does not wait for a thread that waits, directly
-  // or through others, for this one.
+  // Returns at once inside a delivery to that receiver, and does not wait for a delivery that itself waits,
+  // directly or through others, for this thread; inside any delivery it waits `kPatience` at most. On the GUI
+  // thread it handles events meanwhile, since the receiver may be waiting for that thread; no lock is held
+  // then.
   void WaitForDeliveries(const ZynDisplayCommand* receiver, uint64_t moment) const;
 
   // Calls each receiver in order of registration; the OR of their results. All see the same `args`.

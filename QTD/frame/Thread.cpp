@@ -73,7 +73,9 @@ struct Thread::Native {
   }
 
   // Calls an operation of the object unless the thread is abandoned; `otherwise` also stands for an
-  // exception.
+  // exception. Abandoned between the look and the call is as good as abandoned inside the operation: no lock
+  // can tell the two apart, and holding one during the operation would make `Terminate` wait for it. What
+  // follows for the owner stands at `Terminate`.
   template <typename Operation>
   bool Call(bool otherwise, Operation operation) {
     if (abandoned) return otherwise;

@@ -29,10 +29,18 @@ class Thread {
   virtual void Pause(bool yieldOnly);
   virtual void StopAndWait();
   // Asks for a stop; a thread that does not stop in time is abandoned, never killed. Limits as for `Wait`.
+  // The object then counts as idle, but the abandoned thread may still be inside one of `OnStart`, `Loop`,
+  // `OnStop` and `Pause`, or at the point of entering it; when that one returns, it ends without touching the
+  // object again. Nobody can tell when. So after a `Terminate` with a limit the owner must not destroy the
+  // object, nor anything that those operations use, nor leave to them what a new `Start` uses as well, unless
+  // it knows that the operation had begun and lives on what it keeps alive itself. If it does not know, it
+  // must let the object live until the process ends.
   virtual void Terminate(uint32_t code, uint32_t waitMilliseconds);
   virtual void Wait(int32_t milliseconds);  // 0 and -1: no limit. On the thread itself: returns at once.
 
-  bool IsRunning() const;  // from `Start` to the last instruction of `Run`
+  // From `Start` to the end of `Run`. Unless the thread was abandoned, it has returned from its last call of
+  // an operation before this turns false; so to poll it is as good as `Wait`.
+  bool IsRunning() const;
   uint32_t ExitCode() const { return exitCode; }
 
  protected:

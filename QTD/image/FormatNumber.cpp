@@ -82,9 +82,7 @@ std::string FormatNumbers(const std::string& format, std::initializer_list<Forma
   auto value = values.begin();
   const char* at = format.c_str();
   while (*at != 0) {
-    if (*at != '%') {
-      result += *at++;
-    } else if (*++at == '%') {
+    if (*at != '%' || *++at == '%') {
       result += *at++;
     } else {
       Conversion conversion;

@@ -23,6 +23,7 @@ using Block = std::unique_ptr<T, Release>;
 // host on another window system needs none.
 struct Calls {
   QLibrary library{QStringLiteral("xcb"), 1};
+// A declared name cannot stand in parentheses. NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define ZYN_XCB_CALL(name) \
   decltype(&xcb_##name) name = reinterpret_cast<decltype(&xcb_##name)>(library.resolve("xcb_" #name))
   ZYN_XCB_CALL(connect);

@@ -20,9 +20,9 @@ constexpr std::chrono::seconds kPatience{2};
 
 // What the threads hand to each other. The events and signals between them carry nothing, so that all of it
 // passes through one lock of ours.
-std::mutex lock;                  // guards `jobs`, `quits` and all answers
-std::condition_variable changed;  // an answer was given, or `quits` changed
-std::deque<std::function<void()>> jobs;
+std::mutex& lock = *new std::mutex;                               // guards `jobs`, `quits` and all answers
+std::condition_variable& changed = *new std::condition_variable;  // an answer was given, or `quits` changed
+std::deque<std::function<void()>>& jobs = *new std::deque<std::function<void()>>;
 uint32_t quits = 0;  // how often a waiting thread was told that the application is about to quit
 
 struct Answer {
@@ -51,7 +51,13 @@ class Courier : public QObject {
   bool event(QEvent* event) override {
     // One by one, and nothing is locked meanwhile: a job may run an event loop of its own, which goes on
     // here.
-    while (const std::function<void()> job = NextJob()) job();
+    while (const std::function<void()> job = NextJob()) {
+      try {
+        job();
+      } catch (...) {
+        // Nothing may leave an event handler; the other jobs go on.
+      }
+    }
     return QObject::event(event);
   }
 };
@@ -66,7 +72,8 @@ bool OnGuiThread() {
 void QueueOnGuiThread(std::function<void()> job) {
   const QCoreApplication* const application = Application();
   if (!application) return;
-  static Courier courier(*application);
+  // Never destroyed, like what it hands over: threads may call until the very end of the process.
+  static Courier& courier = *new Courier(*application);
   auto* const wake = new QEvent(QEvent::User);
   {
     const std::lock_guard<std::mutex> guard(lock);

@@ -71,6 +71,16 @@ void DrawObjects::setSurface(QTDSurface* target) {
   surface = target;
 }
 
+void DrawObjects::setImage(const ZynImage* picture) {
+  const BothLocks locks(lock, drawLock);
+  shownImage = picture ? *picture : ZynImage{};
+  shownImage.attachments = nullptr;
+  shownImage.imageData = nullptr;
+  shownImage.ownedData = nullptr;
+  if (parser)
+    parser->variables.Set("image", ToText(picture ? static_cast<const void*>(&shownImage) : nullptr));
+}
+
 bool DrawObjects::add(PROPERTIES* object, bool replace) {
   if (!object) return false;
   std::lock_guard<std::recursive_mutex> guard(lock);

@@ -12,6 +12,7 @@
 #include "QTD/image/TextParser.h"
 #include "QTD/screen/ColorValue.h"
 #include "QTD/screen/QTDScreen.h"
+#include "ZynImage.h"
 
 class QTDSurface;
 
@@ -66,6 +67,9 @@ class DrawObjects {
   std::string idAt(int index);
 
   void setSurface(QTDSurface* target);
+  // The picture whose values text templates show, null for none. The store keeps a copy of the record,
+  // without its pixels, so that the owner may write a new one into it while any thread lays texts out.
+  void setImage(const ZynImage* picture);
   TextParser* Parser() const { return parser; }
   PROPERTIES& Defaults() { return defaults; }
 
@@ -76,7 +80,9 @@ class DrawObjects {
   std::map<std::string, PROPERTIES> objects;
   std::recursive_mutex drawLock;  // guards `objects` while they are drawn; taken by trying and yielding
   QTDSurface* surface = nullptr;  // not owned
-  TextParser* parser;             // owned while it is a QTDImageParser
+  // Owned while it is a QTDImageParser. Expands under `lock` and `drawLock` only.
+  TextParser* parser;
+  ZynImage shownImage{};  // what the parser's variable "image" points at; guarded by `lock` and `drawLock`
   int32_t viewX = 0, viewY = 0, viewWidth = 0, viewHeight = 0;
   ColorValue color;
   int32_t mono = 0;

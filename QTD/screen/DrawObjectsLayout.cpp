@@ -120,6 +120,7 @@ void DrawObjects::place(PROPERTIES* object, bool) {
 bool DrawObjects::layout(PROPERTIES* object, int* x, int* y) {
   if (!object) return false;
   std::lock_guard<std::recursive_mutex> guard(lock);
+  const auto drawGuard = SpinLock(drawLock);
   const int code = object->GetInt("placement", "-1");
   SurfaceText* engine = surface ? surface->Text() : nullptr;
   if (object->GetString("type") == "text" && code >= 0 && engine) {
@@ -131,11 +132,14 @@ bool DrawObjects::layout(PROPERTIES* object, int* x, int* y) {
     object->Set("w", ToText(blocks.width));
     object->Set("h", ToText(blocks.height));
 
-    int64_t left = object->GetInt("x");
-    int64_t bottom = object->GetInt("y");
+    int64_t left = 0;
+    int64_t bottom = 0;
     const auto* row = std::find_if(std::begin(kPlacements), std::end(kPlacements),
                                    [code](const Placement& candidate) { return candidate.code == code; });
-    if (row != std::end(kPlacements)) {
+    if (row == std::end(kPlacements)) {
+      left = object->GetInt("x");
+      bottom = object->GetInt("y");
+    } else {
       left = StartAcross(row->across, viewWidth, blocks.width);
       bottom = StartDown(row->down, viewHeight, blocks.height);
       if (row->always || object->GetBool("adjust")) {
@@ -154,6 +158,7 @@ bool DrawObjects::layout(PROPERTIES* object, int* x, int* y) {
   return true;
 }
 
+// The parser reads the record under the variable "image", so both locks are held: see `setImage`.
 std::string DrawObjects::expanded(const std::string& text) {
   return parser ? parser->Parse(text.c_str()) : text;
 }

@@ -20,8 +20,15 @@ constexpr int kFitWhole = 1;
 constexpr int kFitFill = 2;
 constexpr int kFitOneToOne = 3;
 
-// Rounding can make the two gap tests disagree for ever by the last bit.
+// A guard only, that no sizes and no fraction reach: the second round always finds the fractions of the
+// first. A picture larger than the window has a gap on one side at most, and the fraction that closes it
+// brings the edges together but for a rounding, which is too small to open a gap on the other side: the two
+// lengths differ by the last bit of the window's at least. A smaller picture goes to 0.5 and stays there.
 constexpr int kMaxRounds = 10;
+
+// Ratios beyond these are nothing that a window system gives.
+constexpr double kLeastPixelRatio = 0.01;
+constexpr double kMostPixelRatio = 100;
 
 struct Default {
   const char* name;
@@ -182,7 +189,12 @@ void QTDScreen::setFit(int mode, bool apply) {
   perform([&] {
     const int held = std::clamp(mode, kFitFree, kFitOneToOne);
     properties.Set("fit", ToText(held));
-    if (!isReady()) return;
+    if (!isReady()) {
+      // The window will open on the whole picture, centred, not on what was asked for before.
+      if (held == kFitWhole && std::exchange(initialCenter, std::nullopt))
+        centerFractionX = centerFractionY = 0.5;
+      return;
+    }
     QTD::PROPERTIES record;
     if (apply) savePosition(record);
     const double across = GuardedDivide(imageWidth, windowWidth);
@@ -196,7 +208,7 @@ void QTDScreen::setFit(int mode, bool apply) {
         setScale(std::min(down, across));
         break;
       case kFitOneToOne:
-        setScale(1.0);
+        setScale(pixelRatio);
         break;
       default:
         break;
@@ -212,11 +224,23 @@ void QTDScreen::setScale(double newScale) {
     const int most = properties.GetInt("screen.max");
     const double upper = std::min(GuardedDivide(imageWidth, least), GuardedDivide(imageHeight, least));
     const double lower = std::max(GuardedDivide(imageWidth, most), GuardedDivide(imageHeight, most));
-    scale = lower == 0 || upper == 0 ? 1.0 : QTD::HeldScale(newScale, lower, upper);
+    scale = lower == 0 || upper == 0 ? pixelRatio : QTD::HeldScale(newScale, lower, upper);
     properties.Set("scale", ToText(scale));
     properties.Set("scale.min", ToText(lower));
     properties.Set("scale.max", ToText(upper));
     update();
+  });
+}
+
+void QTDScreen::setPixelRatio(double ratio) {
+  perform([&] {
+    if (!(ratio >= kLeastPixelRatio && ratio <= kMostPixelRatio) || ratio == pixelRatio) return;
+    pixelRatio = ratio;
+    if (!isReady()) return;
+    QTD::PROPERTIES record;
+    savePosition(record);
+    if (properties.GetInt("fit") == kFitOneToOne) setFit(kFitOneToOne, false);
+    notifyChanged(record);
   });
 }
 
@@ -268,16 +292,19 @@ void QTDScreen::foldScrollRange() {
 
 void QTDScreen::perform(const std::function<void()>& operation) {
   struct Inside {
-    explicit Inside(int& counter) : count(counter) { ++count; }
-    ~Inside() { --count; }
-    int& count;
+    explicit Inside(QTDScreen& entered) : screen(entered) { ++screen.nesting; }
+    // What an operation that threw left pending is not told: no later one may tell it for its own.
+    ~Inside() {
+      if (--screen.nesting == 0) screen.pending = false;
+    }
+    QTDScreen& screen;
   };
   QTD::CommandProcessor* receiver = nullptr;
   {
     std::lock_guard<QTD::RMutex> guard(lock);
-    const Inside inside(nesting);
+    const Inside inside(*this);
     operation();
-    if (nesting == 1 && std::exchange(pending, false)) receiver = window;
+    if (nesting == 1 && pending) receiver = window;
   }
   if (receiver) receiver->Execute("view.changed", nullptr);
 }

@@ -58,13 +58,19 @@ class QTDScreen {
   virtual void setFit(int mode, bool apply);  // 0 free, 1 fit, 2 fill, 3 one to one
   virtual bool isReady();                     // the window has a size
 
+  // Device pixels to one window pixel, 1 at first; values that no window can have are ignored. One to one,
+  // and 100 per cent, are one image pixel on one device pixel: a scale of this ratio. Everything else is
+  // counted in window pixels.
+  void setPixelRatio(double ratio);
+
   void setScale(double newScale);  // held in its limits; tells nobody, unlike all that follow
   // One step. A probe changes nothing and answers whether the step would change the scale.
   bool zoom(bool in, double coef, bool probe);
   void zoomToRect(const QTD::RectI& rect, bool in);
   int zoomPercent();
   // Fractions of the picture; -1, -1 keeps the present ones. Before the window and the picture have a size
-  // they are remembered and applied as soon as there is one.
+  // they are remembered and applied as soon as there is one, unless a later operation that sets a centre
+  // comes before.
   void setCenter(double fx, double fy);
   bool moveBy(bool horizontal, int steps);
   void moveTo(int x, int y, const char* cs);
@@ -97,6 +103,7 @@ class QTDScreen {
   QTD::RMutex lock;  // guards all fields below
   double centerFractionX = 0.5, centerFractionY = 0.5;
   double scale = 1.0;
+  double pixelRatio = 1.0;
   int32_t imageWidth = 0, imageHeight = 0;
   double pictureX = 0, pictureY = 0, pictureWidth = 0, pictureHeight = 0;
   double windowCenterX = 0, windowCenterY = 0;

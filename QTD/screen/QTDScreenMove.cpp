@@ -23,21 +23,23 @@ double HeldOr(double fraction, double present) {
 void QTDScreen::setCenter(double fx, double fy) {
   perform([&] {
     const bool keep = fx == -1 && fy == -1;
-    if (!keep && !(isReady() && hasPicture())) {
-      initialCenter = {HeldOr(fx, centerFractionX), HeldOr(fy, centerFractionY)};
-      if (!isReady()) std::tie(centerFractionX, centerFractionY) = *initialCenter;
-    }
+    const QTD::PairD wanted{HeldOr(fx, centerFractionX), HeldOr(fy, centerFractionY)};
     centerAt(fx, fy);
+    if (keep || (isReady() && hasPicture())) return;
+    initialCenter = wanted;
+    if (!isReady()) std::tie(centerFractionX, centerFractionY) = wanted;
   });
 }
 
-// What all moves come down to: the picture point at the window's centre.
+// What all moves come down to: the picture point at the window's centre. A centre that was asked for before
+// is void then.
 void QTDScreen::centerAt(double fx, double fy) {
   perform([&] {
     if (!isReady()) return;
     QTD::PROPERTIES record;
     savePosition(record);
     if (fx != -1 || fy != -1) {
+      initialCenter.reset();
       if (!std::isnan(fx)) centerFractionX = fx;
       if (!std::isnan(fy)) centerFractionY = fy;
     }
@@ -80,6 +82,7 @@ void QTDScreen::setScrollPos(int x, int y) {
     // The units are read as text: the fold of the scroll range travels through the list.
     const double unitX = properties.GetDouble("scroll.horz");
     const double unitY = properties.GetDouble("scroll.vert");
+    if (x >= 0 || y >= 0) initialCenter.reset();
     if (x >= 0)
       centerFractionX = axisX().ToFraction(unitX * x + windowCenterX, CoordinateSystem::kScreen, true);
     if (y >= 0)

@@ -68,8 +68,9 @@ bool QTDScreen::clampPoint(QTD::PairD* point, QTD::PairD* size) {
     const bool movedX = HoldAndTell(point->first, pictureX, pictureX + pictureWidth);
     const bool movedY = HoldAndTell(point->second, pictureY, pictureY + pictureHeight);
     moved = movedX || movedY;
-    roomX += pictureX - point->first;
-    roomY += pictureY - point->second;
+    // Summed in this order the room at the far edge is exactly 0, never a rounding below it.
+    roomX = (pictureWidth + pictureX) - point->first;
+    roomY = (pictureHeight + pictureY) - point->second;
   }
   if (!size) return moved;
   // With a size the answer is the size's alone, whatever happened to the point.

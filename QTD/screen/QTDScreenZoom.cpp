@@ -13,9 +13,13 @@ using QTD::GuardedDivide;
 
 namespace {
 
-double LadderScale(double scale, bool in) {
-  const int percent = QTD::NextZoomPercent(QTD::Round(GuardedDivide(100, scale)), in);
-  return GuardedDivide(1, percent / 100.0);
+int Percent(double scale, double pixelRatio) {
+  return QTD::Round(GuardedDivide(100 * pixelRatio, scale));
+}
+
+double LadderScale(double scale, double pixelRatio, bool in) {
+  const int percent = QTD::NextZoomPercent(Percent(scale, pixelRatio), in);
+  return GuardedDivide(pixelRatio, percent / 100.0);
 }
 
 double CoefficientScale(double scale, bool in, double coef) {
@@ -47,7 +51,7 @@ bool QTDScreen::zoom(bool in, double coef, bool probe) {
     QTD::PROPERTIES record;
     if (!probe) savePosition(record);
     const double step = coef > 0 ? coef : properties.GetDouble("zoom.coef");
-    double wanted = align == 1 ? LadderScale(present, in) : CoefficientScale(present, in, step);
+    double wanted = align == 1 ? LadderScale(present, pixelRatio, in) : CoefficientScale(present, in, step);
     if (probe) {
       wanted = QTD::HeldScale(wanted, properties.GetDouble("scale.min", "0"),
                               properties.GetDouble("scale.max", "0"));
@@ -84,5 +88,5 @@ void QTDScreen::zoomToRect(const QTD::RectI& rect, bool in) {
 
 int QTDScreen::zoomPercent() {
   std::lock_guard<QTD::RMutex> guard(lock);
-  return isReady() ? QTD::Round(GuardedDivide(100, scale)) : 0;
+  return isReady() ? Percent(scale, pixelRatio) : 0;
 }

@@ -1,6 +1,7 @@
 #include "QTD/window/ParentLayout.h"
 
 #include <QGridLayout>
+#include <QMainWindow>
 #include <QString>
 #include <QWidget>
 
@@ -8,7 +9,17 @@ namespace QTD {
 
 void ParentLayout::Add(QWidget* host, QWidget* viewer, QWidget* bar) {
   QLayout* existing = host->layout();
-  if (!existing) {
+  auto* window = qobject_cast<QMainWindow*>(host);
+  if (window && !window->centralWidget()) {
+    // A main window takes widgets in its centre only.
+    frame = new QWidget(host);
+    row = new QHBoxLayout(frame);
+    window->setCentralWidget(frame);
+    frame->show();
+  } else if (window) {
+    Add(window->centralWidget(), viewer, bar);
+    return;
+  } else if (!existing) {
     row = new QHBoxLayout(host);
   } else if (auto* box = qobject_cast<QBoxLayout*>(existing)) {
     row = new QHBoxLayout;

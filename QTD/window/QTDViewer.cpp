@@ -36,7 +36,6 @@ QTDViewer::QTDViewer(QWidget* parentWidget, bool opengl) : QWidget(parentWidget)
 // it still exists. The window goes without `lock`, since its end may run host code.
 QTDViewer::~QTDViewer() {
   Q_EMIT signalClosing();
-  if (window) window->disconnect(this);
   QTDWindow* closing = nullptr;
   {
     std::lock_guard<std::recursive_mutex> hold(lock);
@@ -77,7 +76,7 @@ bool QTDViewer::makeWindow(bool opengl) {
   return true;
 }
 
-// Somebody else is deleting the window. Qt's container does not bear to be moved without one, so it leaves at
+// The window is being deleted. Qt's container does not bear to be moved without one, so it leaves at
 // once.
 void QTDViewer::dropContainer() {
   if (properties.Has("surface")) note("surface", ToText(nullptr));
@@ -124,8 +123,8 @@ bool QTDViewer::event(QEvent* event) {
   try {
     if (QTD::UpdateEvent::Take(event, posted) && window) window->update();
     return QWidget::event(event);
-  } catch (const std::exception& error) {
-    ZYN_TRACE(QTD::LogCategory(), "QTDViewer::event(): %s", error.what());
+  } catch (...) {
+    // Nothing may leave an event handler.
   }
   return true;
 }
@@ -179,7 +178,7 @@ void QTDViewer::scroll(int x, int y) {
   std::lock_guard<std::recursive_mutex> hold(handlerLock);
   try {
     if (window) window->scrollTo(x, y);
-  } catch (const std::exception& error) {
-    ZYN_TRACE(log, "QTDViewer::scroll(): %s", error.what());
+  } catch (...) {
+    // Nothing may leave an event handler.
   }
 }

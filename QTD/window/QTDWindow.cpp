@@ -32,14 +32,13 @@ QTDWindow::QTDWindow(QWidget* parentWidget, bool opengl) : parent(parentWidget) 
 }
 
 QTDWindow::~QTDWindow() {
-  // A host that deletes the window while it hears of the mouse is not told once more: it would delete it
-  // again.
-  if (telling > 0) messenger = nullptr;
-  // Receivers that "mouse.free" reaches must find no exception on their way out of a destructor.
+  // A window on its way out tells the host nothing: what the host then deleted might be on its way out, too.
+  messenger = nullptr;
   try {
     QTDWindow::focusLost();
     QTDWindow::close();
   } catch (...) {
+    // A lock that fails; nothing leaves a destructor.
   }
   Q_EMIT signalClosing();
 }
@@ -53,6 +52,7 @@ bool QTDWindow::open() {
     QWindow::create();
     if (!makeSurface(opengl) || !makeScreen()) failed = true;
     if (!failed) {
+      screen->setPixelRatio(devicePixelRatio());
       drawObjects.setSurface(surface.get());
       drawObjects.setViewport(0, 0, surface->size.width, surface->size.height);
       std::lock_guard<std::recursive_mutex> hold(handlersLock);
@@ -132,13 +132,9 @@ void QTDWindow::setImage(const ZynImage* picture, bool refresh) {
 
 void QTDWindow::replaceImage(const ZynImage* picture) {
   std::lock_guard<std::recursive_mutex> painting(renderLock);
-  if (picture != image && drawObjects.Parser()) {
-    // Templates hold the former picture: take it from them, and wait for an expansion that is under way
-    // (`get` takes both locks of the store). The next painting gives them the new one.
-    drawObjects.Parser()->variables.Set("image", ToText(nullptr));
-    QTD::PROPERTIES unused;
-    drawObjects.get(std::string(), &unused);
-  }
+  // At once, since texts may be laid out before the next painting.
+  const bool shows = picture && picture->width > 0 && picture->height > 0 && picture->imageData;
+  drawObjects.setImage(shows ? picture : nullptr);
   std::lock_guard<std::mutex> hold(imageLock);
   image = picture;
   imageID = picture ? picture->imageID : 0;
@@ -147,6 +143,7 @@ void QTDWindow::replaceImage(const ZynImage* picture) {
 void QTDWindow::resize(int width, int height) {
   std::lock_guard<std::recursive_mutex> input(inputLock);
   if (!isOpen()) return;
+  if (onGuiThread()) screen->setPixelRatio(devicePixelRatio());
   screen->setWindowSize(width, height);
   drawObjects.setSurface(surface.get());
   drawObjects.setViewport(0, 0, width, height);

@@ -119,6 +119,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   uint32_t mouseMode = kIdle;
   bool grabbed = false;
   bool rightPressed = false;  // the right button is down and no rectangle has begun
+  uint32_t presses = 0;       // counts what begins or ends a press; guarded by `inputLock`
   QPointer<QScrollBar> horzBar;
   QPointer<QScrollBar> vertBar;
   std::atomic<QTD::Messenger*> messenger{nullptr};

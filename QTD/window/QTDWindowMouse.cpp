@@ -81,7 +81,10 @@ bool QTDWindow::mouseDown(int x, int y, bool left, bool) {
     mapToGlobal(pressPos);
     return false;
   }
+  // A receiver may run the event loop, and the release or the loss of focus come before it answers.
+  const uint32_t press = ++presses;
   if (tellHost(MouseNotice::LeftDown, QPoint(x, y), hold) != Told::GoOn || !hasImage()) return false;
+  if (press != presses) return false;
 
   grabMouse();
   mouseMode = kPan;
@@ -107,6 +110,7 @@ bool QTDWindow::mouseMove(int x, int y, bool) {
 
 bool QTDWindow::mouseUp(int x, int y, bool left, bool) {
   std::unique_lock<std::recursive_mutex> hold(inputLock);
+  ++presses;
   if (!isOpen()) return false;
   bool handled = false;
   if (left) {
@@ -154,6 +158,7 @@ bool QTDWindow::wheel(int delta) {
 
 bool QTDWindow::focusLost() {
   std::unique_lock<std::recursive_mutex> hold(inputLock);
+  ++presses;
   if (mouseMode == kHeldByHost && wantsNotice(MouseNotice::Free)) {
     releaseMouse();
     mouseMode = kIdle;

@@ -107,10 +107,11 @@ std::string QTDWindow::overlayRect(const char* id, int x, int y, int w, int h, P
     rect = {Round(place.x), Round(place.y), Round(place.w), Round(place.h)};
   }
 
+  const bool repaint = list.GetInt("update", "0") != 0;  // before anything is stored: it may not be a number
   std::string identifier = id ? id : "";
   if (identifier.empty()) identifier = list.GetString("objectID");
   drawObjects.setRect(identifier, &rect, &list);
-  if (list.GetInt("update", "0") != 0) update();
+  if (repaint) update();
   return identifier;
 }
 
@@ -145,9 +146,8 @@ void QTDWindow::moveObjects() {
     if (!drawObjects.get(id, &object)) continue;
     try {
       moveObject(id, object);
-    } catch (const std::exception& error) {
+    } catch (const std::exception&) {
       // An attribute that cannot be read: the object stays where it is.
-      ZYN_TRACE(log, "QTDWindow::moveObjects(): %s: %s", id.c_str(), error.what());
     }
   }
   tracker.EndPass(seen);

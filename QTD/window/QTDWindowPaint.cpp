@@ -6,7 +6,6 @@
 #include <chrono>
 
 #include "QTD/frame/Logging.h"
-#include "QTD/frame/Text.h"
 #include "QTD/window/QTDWindow.h"
 
 namespace {
@@ -55,10 +54,8 @@ bool QTDWindow::event(QEvent* event) {
     QAccessibleStateChangeEvent told(this, changed);
     QAccessible::updateAccessibility(&told);
     focusOutEvent(static_cast<QFocusEvent*>(event));
-  } catch (const std::exception& error) {
-    ZYN_TRACE(QTD::LogCategory(), "QTDWindow::event(): %s", error.what());
   } catch (...) {
-    ZYN_TRACE(QTD::LogCategory(), "QTDWindow::event(): unknown exception");
+    // A handler or receiver of the host threw.
   }
   return true;
 }
@@ -82,9 +79,7 @@ void QTDWindow::render() {
   screen->draw(image, &list);
   ZYN_TRACE(log, "QTDWindow::render(): image is drawn, sys timestamp %lld ns, id %llu", Timestamp(), id);
   screen->prepare(&list);
-  if (QTD::TextParser* parser = drawObjects.Parser()) {
-    parser->variables.Set("image", QTD::ToText(static_cast<const void*>(image)));
-  }
+  drawObjects.setImage(image);
   drawObjects.draw(surface.get(), &list);
 }
 

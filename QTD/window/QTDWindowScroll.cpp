@@ -4,6 +4,7 @@
 #include <QSignalBlocker>
 #include <algorithm>
 
+#include "QTD/platform/GuiThread.h"
 #include "QTD/window/QTDWindow.h"
 
 void QTDWindow::scrollTo(int x, int y) {
@@ -27,12 +28,12 @@ void QTDWindow::syncScrollBars(int which) {
   if (!onGuiThread()) {
     // One waiting call sets all bars that were asked for until it runs.
     if (queuedBars.fetch_or(which) == 0) {
-      QMetaObject::invokeMethod(
-          this, [this] { syncScrollBars(queuedBars); }, Qt::QueuedConnection);
+      QTD::platform::QueueOnGuiThread([self = QPointer<QTDWindow>(this)] {
+        if (self) self->syncScrollBars(self->queuedBars.exchange(0));
+      });
     }
     return;
   }
-  queuedBars = 0;
   if (!screen) return;
   const QTD::PairI position = screen->ScrollPos();
   const QTD::PairI range = screen->ScrollRange();

@@ -114,6 +114,10 @@ void CPUSurface::end(QTD::PROPERTIES*, bool) {
   painterText()->setTarget(nullptr);
   painter.reset();
   properties.Set("painter", "0");
+  if (!window) {  // deleted within the pass: its store reaches for it in all that is left to do
+    backingStore.reset();
+    return;
+  }
   backingStore->endPaint();
   followResize();
 }
@@ -137,6 +141,7 @@ QTD::SizeI CPUSurface::currentSize() {
 
 QRect CPUSurface::paintArea() {
   const QTD::SizeI now = currentSize();
+  if (now.width < 1 || now.height < 1) return QRect();  // Qt would read a negative rectangle backwards
   return QRect(0, 0, now.width, now.height) & QRect(QPoint(0, 0), backingStore->size());
 }
 

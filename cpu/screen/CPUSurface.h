@@ -13,8 +13,8 @@ class QBackingStore;
 class QPainter;
 
 // GUI thread, except `resize`, which any thread may call: the backing store then follows on the GUI thread.
-// All coordinates are window pixels; where the window has several device pixels to one, the picture is drawn
-// in those. What draws does nothing outside a paint pass.
+// All coordinates are window pixels; where the window has several device pixels to one, the picture's target
+// is rounded to those and drawn in those. What draws does nothing outside a paint pass.
 class CPUSurface : public QTDSurface {
  public:
   CPUSurface();

@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QPainter>
 #include <QPen>
+#include <QRect>
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -18,13 +19,19 @@ namespace {
 // the style.
 constexpr int kPenStyles[] = {1, 2, 3, 4, 5, 6, 6};
 
-// Far outside any window. Coordinates are held here, so that sums of them stay in the range of int, and a
-// dashed line does not run through two thousand million pixels.
+// Far outside any window, with room for the widest pen. The edges of rectangles are held here, so that their
+// lengths stay in the range of int.
 constexpr int kFarAway = 1 << 20;
 constexpr int kWidestPen = 1 << 12;
 
-int Near(int coordinate) {
-  return std::clamp(coordinate, -kFarAway, kFarAway);
+int Held(int64_t edge) {
+  return static_cast<int>(std::clamp<int64_t>(edge, -kFarAway, kFarAway));
+}
+
+// The edges are held, not the lengths: an edge in the window stays where it is.
+QRect HeldRect(int x, int y, int w, int h) {
+  const int left = Held(x), top = Held(y);
+  return QRect(left, top, Held(int64_t{x} + w) - left, Held(int64_t{y} + h) - top);
 }
 
 int PenWidth(int width) {
@@ -49,9 +56,10 @@ Qt::PenStyle RectStyle(int style) {
   return static_cast<Qt::PenStyle>(kPenStyles[std::clamp(style, 0, 6)]);
 }
 
-QRectF Rounded(const QTD::RectD& rect) {
-  return QRectF(QTD::Round(rect.x), QTD::Round(rect.y), QTD::Round(std::fabs(rect.width)),
-                QTD::Round(std::fabs(rect.height)));
+// The rectangle `ratio` times as large, in whole pixels.
+QRectF Rounded(const QTD::RectD& rect, double ratio) {
+  return QRectF(QTD::Round(rect.x * ratio), QTD::Round(rect.y * ratio),
+                QTD::Round(std::fabs(rect.width) * ratio), QTD::Round(std::fabs(rect.height) * ratio));
 }
 
 // The picture in the record, its lines aligned to 32 bits. False unless it is one and lies in `imageSize`
@@ -89,12 +97,11 @@ bool CutSource(int limit, double* target, double* targetLength, double* source, 
 }
 
 // The pixels under the painter, where they may be written past it: an image of the window's own format,
-// nothing cut off, nothing turned.
+// nothing cut off, nothing moved or turned.
 bool CanvasOf(const QPainter& painter, Canvas* canvas) {
   QPaintDevice* device = painter.device();
   if (device->devType() != QInternal::Image || painter.hasClipping()) return false;
-  const QTransform transform = painter.deviceTransform();
-  if (transform.type() > QTransform::TxScale || transform.m11() <= 0 || transform.m22() <= 0) return false;
+  if (!painter.worldTransform().isIdentity() || painter.viewTransformEnabled()) return false;
   const QImage& image = *static_cast<const QImage*>(device);
   if (image.format() != QImage::Format_RGB32 && image.format() != QImage::Format_ARGB32_Premultiplied)
     return false;
@@ -114,8 +121,8 @@ void CPUSurface::polyline(const Points& points, const ColorValue* color, int wid
   if (width != 1) pen.setWidth(PenWidth(width));
   painter->setPen(pen);
   for (size_t i = 1; i < points.size(); ++i) {
-    painter->drawLine(Near(points[i - 1].first), Near(points[i - 1].second), Near(points[i].first),
-                      Near(points[i].second));
+    // However far they lead: the painter cuts lines itself, in real numbers, and they keep their slope.
+    painter->drawLine(points[i - 1].first, points[i - 1].second, points[i].first, points[i].second);
   }
 }
 
@@ -126,7 +133,7 @@ void CPUSurface::rect(int x, int y, int w, int h, const ColorValue* color, int w
   if (color) pen.setColor(ColorOf(*color));
   if (width != 0) pen.setWidth(PenWidth(width));
   painter->setPen(pen);
-  painter->drawRect(Near(x), Near(y), Near(w), Near(h));
+  painter->drawRect(HeldRect(x, y, w, h));
 }
 
 void CPUSurface::fill(int x, int y, int w, int h, const ColorValue* color) {
@@ -136,15 +143,19 @@ void CPUSurface::fill(int x, int y, int w, int h, const ColorValue* color) {
   if (y == -1) y = 0;
   if (w == -1) w = now.width;
   if (h == -1) h = now.height;
-  painter->fillRect(Near(x), Near(y), Near(w), Near(h), ColorOf(color ? *color : defaults["fill"]));
+  painter->fillRect(HeldRect(x, y, w, h), ColorOf(color ? *color : defaults["fill"]));
 }
 
 void CPUSurface::image(const ZynImage* picture, const QTD::RectD* target, const QTD::RectD* source) {
   RgbView view;
   if (!painter || !picture || !ViewOf(*picture, &view)) return;
+  // The target is in device pixels from here on: where there are several to a window pixel, one to one must
+  // still mean one picture pixel on each.
+  const double ratio = painter->device()->devicePixelRatioF();
   const QTD::SizeI now = currentSize();
-  QRectF to = target ? Rounded(*target) : QRectF(0, 0, now.width, now.height);
-  QRectF from = source ? Rounded(*source) : QRectF(0, 0, view.width, view.height);
+  const QTD::RectD whole{0, 0, static_cast<double>(now.width), static_cast<double>(now.height)};
+  QRectF to = Rounded(target ? *target : whole, ratio);
+  QRectF from = source ? Rounded(*source, 1) : QRectF(0, 0, view.width, view.height);
 
   double x = to.x(), y = to.y(), w = to.width(), h = to.height();
   double sx = from.x(), sy = from.y(), sw = from.width(), sh = from.height();
@@ -153,16 +164,13 @@ void CPUSurface::image(const ZynImage* picture, const QTD::RectD* target, const 
   from = QRectF(sx, sy, sw, sh);
 
   Canvas canvas;
-  if (CanvasOf(*painter, &canvas)) {
-    const QRectF pixels = painter->deviceTransform().mapRect(to);
-    if (PictureBlit::canDraw(pixels)) {
-      blit.draw(view, canvas, pixels, from);
-      return;
-    }
+  if (PictureBlit::canDraw(to, from) && CanvasOf(*painter, &canvas)) {
+    blit.draw(view, canvas, to, from);
+    return;
   }
   // All else is left to the painter, which fetches window pixels too when the picture is not in the window's
   // format.
   const QImage wrapped(view.data, view.width, view.height, static_cast<int>(view.stride),
                        QImage::Format_RGB888);
-  painter->drawImage(to, wrapped, from);
+  painter->drawImage(QRectF(x / ratio, y / ratio, w / ratio, h / ratio), wrapped, from);
 }

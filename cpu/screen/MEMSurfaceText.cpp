@@ -19,7 +19,7 @@ constexpr int kFirstCode = 32;
 constexpr int kLastCode = 255;
 
 // A sheet of more bytes belongs to no font that a picture could hold; such a font draws nothing.
-constexpr int64_t kMostSheetBytes = int64_t{1} << 28;
+constexpr int64_t kMostSheetBytes = int64_t{64} << 20;
 
 // The gap between glyphs, as "intv" holds it: the sheet's cells already contain the room on both sides of a
 // glyph.

@@ -20,22 +20,26 @@ struct Canvas {
   ptrdiff_t stride = 0;  // pixels from one line to the next
 };
 
-// Keeps its table of columns from one frame to the next, so that a view that stands still allocates nothing.
+// Keeps its tables of columns and lines from one frame to the next, so that a view that stands still
+// allocates nothing.
 class PictureBlit {
  public:
-  // Whether the arithmetic below holds for a target of this size; beyond it Qt's raster engine takes another
-  // road.
-  static bool canDraw(const QRectF& target);
+  // Whether the drawing of `source` over `target` is known to the pixel. Beyond it Qt's raster engine takes
+  // roads that are not followed here.
+  static bool canDraw(const QRectF& target, const QRectF& source);
 
   // Draws `source`, which lies in the picture, over `target` of the canvas; what reaches past the canvas is
   // cut.
   void draw(const RgbView& picture, const Canvas& canvas, const QRectF& target, const QRectF& source);
 
  private:
-  void drawLines(const RgbView& picture, const Canvas& canvas, const QRect& visible, int64_t line,
-                 int64_t lineStep);
+  void findPixels(const RgbView& picture, const QRect& visible, const QRectF& target, const QRectF& source);
+  void findPixelsOfHuge(const RgbView& picture, const QRect& visible, const QRectF& target,
+                        const QRectF& source);
+  void drawLines(const RgbView& picture, const Canvas& canvas, const QRect& visible);
 
   std::vector<uint32_t> columns;  // the byte in its line of the picture pixel that each visible column shows
+  std::vector<int> lines;         // the picture line that each visible line shows
   size_t roomy = 0;               // so many of them have a further byte behind their pixel in the line
   int firstColumn = -1;           // one to one: the picture column of the first visible one, else -1
 };

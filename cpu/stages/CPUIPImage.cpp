@@ -1,6 +1,5 @@
 #include "cpu/stages/CPUIPImage.h"
 
-#include <cstring>
 #include <limits>
 
 #include "QTD/frame/Logging.h"
@@ -19,12 +18,6 @@ bool HasPicture(const ZynImage& image) {
 
 bool HaveEqualSizes(const ZynImage& one, const ZynImage& other) {
   return one.width == other.width && one.height == other.height;
-}
-
-bool ShareMemory(const ZynImage& one, const ZynImage& other) {
-  const auto first = reinterpret_cast<uintptr_t>(one.imageData);
-  const auto second = reinterpret_cast<uintptr_t>(other.imageData);
-  return first < second ? second - first < one.imageSize : first - second < other.imageSize;
 }
 
 }  // namespace
@@ -76,8 +69,7 @@ void CPUIPImage::Release() {
   QTD::ImageDelete(outputImage);
   conversionFlags = 0;
   limits = {};
-  aside.reset();
-  asideBytes = 0;
+  aside.Release();
 }
 
 // Preparing.
@@ -170,28 +162,14 @@ uint32_t CPUIPImage::Run(const ZynImage* source, ZynImage* output) {
   const bool alike = HasPicture(*source) && HasPicture(*target) && HaveEqualSizes(*source, *target) &&
                      source->imageSize == target->imageSize;
   if (!IsEnabled() && alike) {
-    out = const_cast<ZynImage*>(source);  // handed on as it is; nobody writes through this pointer
+    out = const_cast<ZynImage*>(source);  // handed on as it is
     return 0;
   }
   target->imageID = source->imageID;
   out = target;
-  if (!Transfer(*source, *target)) return ZYN_ERR_FAILED;
+  if (!HaveEqualSizes(*source, *sourceInfo)) return ZYN_ERR_FAILED;
+  const bool done = conversionFlags != 0 ? ConvertPixels(*source, *target, limits, aside)
+                                         : CopyPixels(*source, *target, aside);
+  if (!done) return ZYN_ERR_FAILED;
   return 0;
-}
-
-bool CPUIPImage::Transfer(ZynImage source, const ZynImage& target) {
-  if (!HaveEqualSizes(source, *sourceInfo)) return false;
-  if (ShareMemory(source, target) && !PutAside(source)) return false;
-  return conversionFlags != 0 ? ConvertPixels(source, target, limits) : CopyPixels(source, target);
-}
-
-bool CPUIPImage::PutAside(ZynImage& source) {
-  if (asideBytes < source.imageSize) {
-    aside.reset(static_cast<uint8_t*>(std::malloc(source.imageSize)));
-    asideBytes = aside ? source.imageSize : 0;
-  }
-  if (!aside) return false;
-  std::memcpy(aside.get(), source.imageData, source.imageSize);
-  source.imageData = aside.get();
-  return true;
 }

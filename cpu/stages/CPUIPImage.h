@@ -1,10 +1,7 @@
 // The image stage: copies an image and converts depth, channels and channel order on the way.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 
 #include "QTD/frame/ComponentImpl.h"
 #include "QTD/frame/RMutex.h"
@@ -35,23 +32,15 @@ class CPUIPImage : public ZynDisplayCPU::Image, public QTD::ImageProcessorData, 
 
  private:
   enum ConversionFlag : uint32_t { kSwap = 1, kReduce = 2, kToColour = 4 };
-  struct FreeBlock {
-    void operator()(uint8_t* block) const { std::free(block); }
-  };
-
   uint32_t Refuse(uint32_t code);
   uint32_t Prepare(const ZynImage& source, uint32_t targetType, const ConversionSteps& steps);
   uint32_t SelectTarget(ZynImage* output, ZynImage** target);
   uint32_t Run(const ZynImage* source, ZynImage* output);
-  bool Transfer(ZynImage source, const ZynImage& target);
-  bool PutAside(ZynImage& source);
 
   ZynImage* outputImage = nullptr;  // the stage's own result; null while "external" is set
   uint32_t conversionFlags = 0;
   ConversionLimits limits;
-  // A source that shares memory with the target is copied here first; made when the first such source comes.
-  std::unique_ptr<uint8_t, FreeBlock> aside;
-  size_t asideBytes = 0;
+  SourceCopy aside;
 
   // The component's lock. Guards the members above, the information records and `out`. `Init` and `Release`
   // take the stage's `lock` first, `ProcessImage` takes this one alone.

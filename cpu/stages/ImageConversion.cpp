@@ -1,5 +1,7 @@
 #include "cpu/stages/ImageConversion.h"
 
+#include <algorithm>
+
 #include "QTD/image/ImageRecord.h"
 #include "QTD/image/PixelFormats.h"
 #include "cpu/stages/ImageKernels.h"
@@ -18,12 +20,31 @@ bool AreAlike(const ZynImage& source, const ZynImage& target) {
          QTD::LinesFit(target);
 }
 
-bool HoldsLines(const ZynImage& image, uint64_t lineBytes) {
-  return lineBytes <= image.linePitch &&
-         uint64_t{image.height - 1} * image.linePitch + lineBytes <= image.imageSize;
+// From the first line's start to the last line's end, where lines are `lineBytes` long.
+uint64_t BytesOfLines(const ZynImage& image, uint64_t lineBytes) {
+  return uint64_t{image.height - 1} * image.linePitch + lineBytes;
 }
 
-bool CopyLines(const ZynImage& source, ZynImage target) {
+bool HoldsLines(const ZynImage& image, uint64_t lineBytes) {
+  return lineBytes <= image.linePitch && BytesOfLines(image, lineBytes) <= image.imageSize;
+}
+
+bool CopyBlock(const ZynImage& source, const ZynImage& target, SourceCopy& aside) {
+  const size_t bytes = source.imageSize;
+  const uint8_t* const from = aside.Detach(source.imageData, bytes, target.imageData, bytes);
+  if (!from) return false;
+  ImageKernels::CopyBlock(from, target.imageData, bytes);
+  return true;
+}
+
+bool CopyLines(ZynImage source, ZynImage target, SourceCopy& aside) {
+  const auto bytesOf = [](const ZynImage& image) {
+    return std::min<uint64_t>(image.imageSize, BytesOfLines(image, image.linePitch));
+  };
+  const uint8_t* const from =
+      aside.Detach(source.imageData, bytesOf(source), target.imageData, bytesOf(target));
+  if (!from) return false;
+  source.imageData = const_cast<uint8_t*>(from);
   return QTD::ImageCopy(&source, &target);
 }
 
@@ -41,11 +62,9 @@ Step SelectStep(const ConversionSteps& steps, bool bothDeep) {
 }
 
 // Nothing to convert after all: a plain copy, but not between buffers of unequal size and equal pitch.
-bool CopyUnconverted(const ZynImage& source, const ZynImage& target) {
-  if (source.imageSize != target.imageSize && source.linePitch == target.linePitch) return false;
-  if (source.imageSize != target.imageSize) return CopyLines(source, target);
-  ImageKernels::CopyBlock(source.imageData, target.imageData, source.imageSize);
-  return true;
+bool CopyUnconverted(const ZynImage& source, const ZynImage& target, SourceCopy& aside) {
+  if (source.imageSize == target.imageSize) return CopyBlock(source, target, aside);
+  return source.linePitch != target.linePitch && CopyLines(source, target, aside);
 }
 
 }  // namespace
@@ -59,19 +78,18 @@ ConversionSteps StepsBetween(uint32_t sourceType, uint32_t sourceDepth, uint32_t
   return steps;
 }
 
-bool CopyPixels(const ZynImage& source, const ZynImage& target) {
+bool CopyPixels(const ZynImage& source, const ZynImage& target, SourceCopy& aside) {
   if (!AreAlike(source, target)) return false;
-  if (source.linePitch != target.linePitch) return CopyLines(source, target);
-  if (source.imageSize > target.imageSize) return false;
-  ImageKernels::CopyBlock(source.imageData, target.imageData, source.imageSize);
-  return true;
+  if (source.linePitch != target.linePitch) return CopyLines(source, target, aside);
+  return source.imageSize <= target.imageSize && CopyBlock(source, target, aside);
 }
 
-bool ConvertPixels(const ZynImage& source, const ZynImage& target, const ConversionLimits& limits) {
+bool ConvertPixels(const ZynImage& source, const ZynImage& target, const ConversionLimits& limits,
+                   SourceCopy& aside) {
   if (!AreAlike(source, target)) return false;
   const ConversionSteps steps =
       StepsBetween(source.pixelType, source.bitDepth, target.pixelType, target.bitDepth);
-  if (!steps.Any()) return CopyUnconverted(source, target);
+  if (!steps.Any()) return CopyUnconverted(source, target, aside);
   if (HasFewerChannels(target.pixelType, source.pixelType)) return false;
 
   const bool furtherSteps = steps.toColour || steps.swap;
@@ -86,9 +104,13 @@ bool ConvertPixels(const ZynImage& source, const ZynImage& target, const Convers
   // Further steps know what a pixel is made of; the reduction alone takes each line as a row of words.
   if (furtherSteps && storageBits != 8 * bytes.source) return false;
   const uint64_t count = furtherSteps ? source.width : (uint64_t{source.width} * storageBits + 15) / 16;
-  if (!HoldsLines(source, count * bytes.source) || !HoldsLines(target, count * bytes.target)) return false;
+  const uint64_t sourceLine = count * bytes.source, targetLine = count * bytes.target;
+  if (!HoldsLines(source, sourceLine) || !HoldsLines(target, targetLine)) return false;
 
-  ImageKernels::Run({step, source.imageData, source.linePitch, target.imageData, target.linePitch,
-                     static_cast<size_t>(count), source.height, shift});
+  const uint8_t* const from = aside.Detach(source.imageData, BytesOfLines(source, sourceLine),
+                                           target.imageData, BytesOfLines(target, targetLine));
+  if (!from) return false;
+  ImageKernels::RunJob({step, from, source.linePitch, target.imageData, target.linePitch,
+                        static_cast<size_t>(count), source.height, shift});
   return true;
 }

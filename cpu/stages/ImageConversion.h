@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "ZynImage.h"
+#include "cpu/stages/SourceCopy.h"
 
 // The steps in the order in which they are done.
 struct ConversionSteps {
@@ -26,10 +27,13 @@ struct ConversionLimits {
 };
 
 // Copies between images of equal width and height. With equal pitches that is one block of the source's
-// `imageSize` bytes. False, with the target untouched, when it does not fit. The images must not share
-// memory. Any thread.
-bool CopyPixels(const ZynImage& source, const ZynImage& target);
+// `imageSize` bytes. False, with the target untouched, when it does not fit.
+bool CopyPixels(const ZynImage& source, const ZynImage& target, SourceCopy& aside);
 
 // Takes the steps between the two formats. False, with the target untouched, when there is no way from one to
-// the other or a record cannot be true for its buffer. The images must not share memory. Any thread.
-bool ConvertPixels(const ZynImage& source, const ZynImage& target, const ConversionLimits& limits);
+// the other or a record cannot be true for its buffer.
+bool ConvertPixels(const ZynImage& source, const ZynImage& target, const ConversionLimits& limits,
+                   SourceCopy& aside);
+
+// In both, a source that shares memory with the target is read as it was before the call. Any thread, one at
+// a time with the same `aside`.

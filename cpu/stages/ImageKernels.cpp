@@ -285,7 +285,7 @@ PixelBytes BytesOf(Step step) {
   return {0, 0};
 }
 
-void Run(const Job& job) {
+void RunJob(const Job& job) {
   const PixelBytes bytes = BytesOf(job.step);
   const size_t lineBytes = job.width * (bytes.source + bytes.target);
   const bool pastCaches = lineBytes * job.height >= kPastCachesBytes;
@@ -298,7 +298,7 @@ void Run(const Job& job) {
 void CopyBlock(const uint8_t* source, uint8_t* target, size_t bytes) {
   constexpr size_t slice = kSliceBytes / 2;
   const Job lines{Step::kCopy, source, slice, target, slice, slice, bytes / slice, 0};
-  Run(lines);
+  RunJob(lines);
   std::copy_n(source + bytes / slice * slice, bytes % slice, target + bytes / slice * slice);
 }
 

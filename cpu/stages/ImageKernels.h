@@ -42,9 +42,9 @@ struct Job {
 };
 
 // Any thread; uses several of its own for large images.
-void Run(const Job& job);
+void RunJob(const Job& job);
 
-// Copies a block; source and target do not overlap. Any thread, like `Run`.
+// Copies a block; source and target do not overlap. Any thread, like `RunJob`.
 void CopyBlock(const uint8_t* source, uint8_t* target, size_t bytes);
 
 }  // namespace ImageKernels

@@ -13,7 +13,7 @@ namespace ImageKernels {
 // How many threads to ask for. One more than there are processors: with at most as many, the threads of a
 // team burn their processor while they wait for each other, and on a machine that is busy otherwise a frame
 // then takes several scheduler ticks instead of one or two milliseconds. Whoever has asked for fewer threads
-// gets fewer. More than `kMostThreads` find no free memory bandwidth.
+// gets fewer. More than `kMostThreads` find no free memory bandwidth, and leave processors to others.
 inline int TeamSize() {
 #ifdef _OPENMP
   constexpr int kMostThreads = 8;

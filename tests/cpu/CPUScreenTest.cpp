@@ -147,14 +147,14 @@ TEST_F(CPUScreenOnWindow, shows_the_picture_fitted_on_its_background) {
   QTD::PROPERTIES pass;
   ASSERT_TRUE(screen.begin(&pass));
   screen.clear(false);
-  EXPECT_EQ(canvas().pixel(60, 45), qRgb(128, 128, 128));
+  EXPECT_EQ(at(60, 45), qRgb(128, 128, 128));
   ASSERT_TRUE(screen.draw(&picture.record, &pass));
   // 60x30 in 120x90: twice as large, 15 lines of background above and below. Its 0xC0 of 256 is 0.75 of 255.
-  EXPECT_EQ(canvas().pixel(60, 14), qRgb(191, 191, 191));
-  EXPECT_EQ(canvas().pixel(60, 75), qRgb(191, 191, 191));
+  EXPECT_EQ(at(60, 14), qRgb(191, 191, 191));
+  EXPECT_EQ(at(60, 75), qRgb(191, 191, 191));
   for (int y = 0; y < 60; ++y) {
     for (int x = 0; x < 120; ++x) {
-      ASSERT_EQ(canvas().pixel(x, 15 + y), picture.wrapped().pixel(x / 2, y / 2)) << x << ", " << y;
+      ASSERT_EQ(at(x, 15 + y), picture.wrapped().pixel(x / 2, y / 2)) << x << ", " << y;
     }
   }
   screen.end(&pass, true);

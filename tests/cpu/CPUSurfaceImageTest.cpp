@@ -21,8 +21,25 @@ class CPUSurfaceImage : public CPUSurfaceFixture {
                   std::round(std::fabs(rect.height)));
   }
 
+  // A target in device pixels, to which it is rounded.
+  QRectF onCanvas(const QTD::RectD& target) {
+    const double ratio = canvas().devicePixelRatioF();
+    return Rounded({target.x * ratio, target.y * ratio, target.width * ratio, target.height * ratio});
+  }
+  // Begins a paint pass on a canvas of so many device pixels to a window pixel, and answers whether it has
+  // them: under a scale factor Qt sets the ratio itself in each pass.
+  bool beginBlankAt(double ratio) {
+    beginBlank();
+    canvas().setDevicePixelRatio(ratio);
+    beginBlank();
+    return canvas().devicePixelRatioF() == ratio || window->devicePixelRatio() != 1;
+  }
+  QRectF wholeCanvas() { return QRectF(canvas().rect()); }
+
+  // `target` in device pixels.
   QImage plainly(const RgbPicture& picture, const QRectF& target, const QRectF& source) {
     QImage image = blank();
+    image.setDevicePixelRatio(1);
     QPainter reference(&image);
     DrawPlainly(reference, picture, target, source);
     return image;
@@ -43,7 +60,7 @@ TEST_F(CPUSurfaceImage, is_drawn_as_by_the_plain_way_at_any_target_and_source) {
     const QTD::RectD source{real(-40, 100), real(-40, 80), real(-90, 120), real(-90, 120)};
     beginBlank();
     surface.image(&picture.record, &target, &source);
-    ASSERT_TRUE(SamePixels(canvas(), plainly(picture, Rounded(target), Rounded(source))))
+    ASSERT_TRUE(SamePixels(canvas(), plainly(picture, onCanvas(target), Rounded(source))))
         << picture.record.width << "x" << picture.record.height << " source " << source.x << "," << source.y
         << " " << source.width << "x" << source.height << " target " << target.x << "," << target.y << " "
         << target.width << "x" << target.height;
@@ -55,34 +72,36 @@ TEST_F(CPUSurfaceImage, takes_the_whole_picture_and_the_whole_surface_by_default
   const QRectF whole(0, 0, 31, 47);
   beginBlank();
   surface.image(&picture.record, nullptr, nullptr);
-  EXPECT_TRUE(SamePixels(canvas(), plainly(picture, QRectF(0, 0, 120, 90), whole)));
+  EXPECT_TRUE(SamePixels(canvas(), plainly(picture, wholeCanvas(), whole)));
 
   const QTD::RectD target{10, 20, 62, 94};
   beginBlank();
   surface.image(&picture.record, &target, nullptr);
-  EXPECT_TRUE(SamePixels(canvas(), plainly(picture, QRectF(10, 20, 62, 94), whole)));
+  EXPECT_TRUE(SamePixels(canvas(), plainly(picture, onCanvas(target), whole)));
 }
 
-TEST_F(CPUSurfaceImage, rounds_the_target_half_away_from_zero) {
+TEST_F(CPUSurfaceImage, rounds_the_target_to_device_pixels_half_away_from_zero) {
   const RgbPicture picture(3, 3);
-  const QTD::RectD target{-1.5, 2.5, -6.5, 8.5};
   beginBlank();
+  const double ratio = canvas().devicePixelRatioF();
+  const QTD::RectD target{-1.5 / ratio, 2.5 / ratio, -6.5 / ratio, 8.5 / ratio};
+  const QRectF expected(-2, 3, 7, 9);
   surface.image(&picture.record, &target, nullptr);
-  EXPECT_TRUE(SamePixels(canvas(), plainly(picture, QRectF(-2, 3, 7, 9), QRectF(0, 0, 3, 3))));
+  EXPECT_TRUE(SamePixels(canvas(), plainly(picture, expected, QRectF(0, 0, 3, 3))));
 }
 
-TEST_F(CPUSurfaceImage, follows_qt_beyond_the_longest_side_of_its_fixed_point_road) {
+TEST_F(CPUSurfaceImage, is_drawn_as_by_the_plain_way_at_the_largest_zoom_and_beyond) {
   const RgbPicture picture(1201, 803);
   const QRectF whole(0, 0, 1201, 803);
-  for (const int x : {-39000, -25000, -7, 3}) {
-    const QTD::RectD target{static_cast<double>(x), x / 2.0, 40000, 26700};
-    beginBlank();
-    surface.image(&picture.record, &target, nullptr);
-    const QImage byPixmap = plainly(picture, Rounded(target), whole);
-    QImage byImage = blank();
-    QPainter(&byImage).drawImage(Rounded(target), picture.wrapped(), whole);
-    EXPECT_TRUE(SamePixels(canvas(), byPixmap) || SamePixels(canvas(), byImage)) << x;
-    EXPECT_FALSE(SamePixels(canvas(), blank()));
+  for (const double width : {32767.0, 32768.0, 40000.0, 65535.0, 65536.0, 150000.0}) {
+    for (const double x : {-39000.0, -25000.0, -7.0, 3.0}) {
+      const QTD::RectD target{x, std::round(x / 2), width, std::round(width * 803 / 1201)};
+      if (x + width < 0) continue;
+      beginBlank();
+      surface.image(&picture.record, &target, nullptr);
+      EXPECT_TRUE(SamePixels(canvas(), plainly(picture, onCanvas(target), whole))) << x << " " << width;
+      EXPECT_FALSE(SamePixels(canvas(), blank()));
+    }
   }
 }
 
@@ -91,9 +110,9 @@ TEST_F(CPUSurfaceImage, of_one_pixel_fills_its_target) {
   const QTD::RectD target{5, 6, 50, 40};
   beginBlank();
   surface.image(&picture.record, &target, nullptr);
-  EXPECT_EQ(canvas().pixel(5, 6), picture.wrapped().pixel(0, 0));
-  EXPECT_EQ(canvas().pixel(54, 45), picture.wrapped().pixel(0, 0));
-  EXPECT_EQ(canvas().pixel(55, 45), 0xff123456);
+  EXPECT_EQ(at(5, 6), picture.wrapped().pixel(0, 0));
+  EXPECT_EQ(at(54, 45), picture.wrapped().pixel(0, 0));
+  EXPECT_EQ(at(55, 45), kBlank);
 }
 
 TEST_F(CPUSurfaceImage, in_another_format_does_nothing) {
@@ -143,7 +162,7 @@ TEST_F(CPUSurfaceImage, has_lines_aligned_to_32_bits_whatever_the_pitch_says) {
   beginBlank();
   surface.image(&picture.record, nullptr, nullptr);
   RgbPicture same(29, 30);
-  EXPECT_TRUE(SamePixels(canvas(), plainly(same, QRectF(0, 0, 120, 90), QRectF(0, 0, 29, 30))));
+  EXPECT_TRUE(SamePixels(canvas(), plainly(same, wholeCanvas(), QRectF(0, 0, 29, 30))));
 }
 
 TEST_F(CPUSurfaceImage, is_never_read_beyond_its_buffer) {
@@ -162,7 +181,7 @@ TEST_F(CPUSurfaceImage, is_never_read_beyond_its_buffer) {
                               21 * zoom};
       beginBlank();
       surface.image(&picture.record, &target, nullptr);
-      EXPECT_TRUE(SamePixels(canvas(), plainly(picture, Rounded(target), QRectF(0, 0, width, 21))));
+      EXPECT_TRUE(SamePixels(canvas(), plainly(picture, onCanvas(target), QRectF(0, 0, width, 21))));
     }
     munmap(memory, mapped + page);
   }
@@ -172,14 +191,23 @@ TEST_F(CPUSurfaceImage, is_drawn_in_device_pixels_where_there_are_several_to_one
   const RgbPicture picture(83, 61);
   const QTD::RectD target{-11, 7, 50, 41};
   for (const double ratio : {1.5, 2.0, 3.0}) {
-    beginBlank();
-    painter()->scale(ratio, ratio);  // what a painter has from a device of this ratio
+    ASSERT_TRUE(beginBlankAt(ratio));
+    surface.image(&picture.record, &target, nullptr);
+    EXPECT_TRUE(SamePixels(canvas(), plainly(picture, onCanvas(target), QRectF(0, 0, 83, 61)))) << ratio;
+  }
+}
+
+TEST_F(CPUSurfaceImage, one_to_one_is_one_picture_pixel_on_each_device_pixel) {
+  const RgbPicture picture(83, 61);
+  for (const double ratio : {1.0, 1.25, 1.5, 2.0, 3.0}) {
+    ASSERT_TRUE(beginBlankAt(ratio));
+    const double actual = canvas().devicePixelRatioF();
+    const QTD::RectD target{5 / actual, 9 / actual, 83 / actual, 61 / actual};
     surface.image(&picture.record, &target, nullptr);
     QImage expected = blank();
-    QPainter reference(&expected);
-    reference.scale(ratio, ratio);
-    DrawPlainly(reference, picture, Rounded(target), QRectF(0, 0, 83, 61));
-    reference.end();
+    for (int y = 0; y < 61; ++y) {
+      for (int x = 0; x < 83; ++x) expected.setPixel(5 + x, 9 + y, picture.wrapped().pixel(x, y));
+    }
     EXPECT_TRUE(SamePixels(canvas(), expected)) << ratio;
   }
 }
@@ -191,29 +219,63 @@ TEST_F(CPUSurfaceImage, keeps_within_the_painters_clip_and_turns_with_it) {
   beginBlank();
   painter()->setClipRect(clip);
   surface.image(&picture.record, &target, nullptr);
-  EXPECT_EQ(canvas().pixel(19, 20), 0xff123456);
-  EXPECT_EQ(canvas().pixel(20, 20), picture.wrapped().pixel(10, 13));
-  EXPECT_EQ(canvas().pixel(50, 50), 0xff123456);
+  EXPECT_EQ(at(19, 20), kBlank);
+  EXPECT_EQ(at(20, 20), picture.wrapped().pixel(10, 13));
+  EXPECT_EQ(at(50, 50), kBlank);
 
   beginBlank();
   painter()->translate(100, 0);
   painter()->rotate(90);
   surface.image(&picture.record, &target, nullptr);
-  EXPECT_EQ(canvas().pixel(100 - 8, 10), picture.wrapped().pixel(0, 0));
+  EXPECT_EQ(at(100 - 8, 10), picture.wrapped().pixel(0, 0));
 }
 
-TEST_F(CPUSurfaceImage, at_absurd_places_neither_crashes_nor_hangs) {
+TEST_F(CPUSurfaceImage, at_absurd_places_is_where_its_rounded_numbers_say) {
   const RgbPicture picture(33, 21);
-  const double kNumbers[] = {
-      -1e300, -3e9, -40000, 0, 0.4, 1e6, 3e9, 1e300, std::nan(""), std::numeric_limits<double>::infinity()};
-  beginBlank();
-  for (const double a : kNumbers) {
-    for (const double b : kNumbers) {
-      const QTD::RectD first{a, b, b, a}, second{b, b, a, a};
-      surface.image(&picture.record, &first, nullptr);
-      surface.image(&picture.record, nullptr, &first);
-      surface.image(&picture.record, &first, &second);
-      surface.image(&picture.record, &second, &second);
-    }
+  const double nan = std::nan(""), endless = std::numeric_limits<double>::infinity();
+  const QRectF whole(0, 0, 33, 21);
+  struct Row {
+    QTD::RectD target, source;
+    bool seen;  // as drawn by the next two
+    QTD::RectD same;
+    QRectF sameSource;
+  };
+  const QTD::RectD all{0, 0, 120, 90};
+  const Row kRows[] = {
+      {{nan, nan, 120, 90}, {0, 0, 33, 21}, true, all, whole},
+      {{0, 0, nan, 90}, {0, 0, 33, 21}, false, {}, {}},
+      {{0, 0, 120, nan}, {0, 0, 33, 21}, false, {}, {}},
+      {{3e9, 0, 120, 90}, {0, 0, 33, 21}, false, {}, {}},
+      {{0, 1e300, 120, 90}, {0, 0, 33, 21}, false, {}, {}},
+      {{-1e300, 0, 1e300, 90}, {0, 0, 33, 21}, false, {}, {}},  // its right edge is held left of the window
+      {{-endless, -endless, endless, endless}, {0, 0, 33, 21}, false, {}, {}},
+      {{endless, 0, 1, 1}, {0, 0, 33, 21}, false, {}, {}},
+      // A source without length runs to the picture's end.
+      {all, {nan, nan, nan, nan}, true, all, whole},
+      {all, {3, 4, nan, nan}, true, all, {3, 4, 30, 17}},
+      {all, {3e9, 0, 10, 10}, false, {}, {}},
+      {all, {0, -1e300, 10, 10}, false, {}, {}},
+      {all, {-endless, -endless, endless, endless}, false, {}, {}},
+      // The picture is so small a part of its source that it falls on no pixel.
+      {all, {0, 0, 1e300, 1e300}, false, {}, {}},
+  };
+  for (const Row& row : kRows) {
+    beginBlank();
+    surface.image(&picture.record, &row.target, &row.source);
+    const QImage expected = row.seen ? plainly(picture, onCanvas(row.same), row.sameSource) : blank();
+    EXPECT_TRUE(SamePixels(canvas(), expected))
+        << row.target.x << "," << row.target.y << " " << row.target.width << "x" << row.target.height
+        << " from " << row.source.x << "," << row.source.y << " " << row.source.width << "x"
+        << row.source.height;
+  }
+}
+
+TEST_F(CPUSurfaceImage, absurdly_enlarged_shows_its_first_pixel_alone) {
+  const RgbPicture picture(33, 21);
+  for (const double length : {1e6, 1e8, 3e9, 1e300, std::numeric_limits<double>::infinity()}) {
+    const QTD::RectD target{0, 0, length, length};
+    beginBlank();
+    surface.image(&picture.record, &target, nullptr);
+    EXPECT_TRUE(SamePixels(canvas(), blank(picture.wrapped().pixel(0, 0)))) << length;
   }
 }

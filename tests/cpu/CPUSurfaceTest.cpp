@@ -2,6 +2,7 @@
 #include "cpu/screen/CPUSurface.h"
 
 #include <QBackingStore>
+#include <limits>
 #include <thread>
 
 #include "QTD/screen/SurfaceText.h"
@@ -67,7 +68,7 @@ TEST_F(CPUSurfaceLife, init_lets_the_list_override_size_and_area) {
   EXPECT_EQ(surface.properties.GetString("size"), "70;60");
   EXPECT_EQ(surface.properties.GetString("area"), "1.500000;-2.000000-30.000000;40.250000");
   ASSERT_TRUE(surface.begin(nullptr));
-  EXPECT_EQ(canvas().size(), QSize(120, 90));  // the backing store has the window's size
+  EXPECT_EQ(canvasSize(), QSize(120, 90));  // the backing store has the window's size
 }
 
 TEST_F(CPUSurfaceLife, a_position_that_is_not_given_is_zero_and_a_length_that_of_the_window) {
@@ -119,7 +120,7 @@ TEST_F(CPUSurfaceLife, resize_brings_the_backing_store_along) {
   EXPECT_EQ(surface.size.width, 200);
   EXPECT_EQ(surface.size.height, 50);
   ASSERT_TRUE(surface.begin(nullptr));
-  EXPECT_EQ(canvas().size(), QSize(200, 50));
+  EXPECT_EQ(canvasSize(), QSize(200, 50));
 }
 
 TEST_F(CPUSurfaceLife, resize_to_nothing_keeps_the_backing_store_and_is_not_valid) {
@@ -131,7 +132,7 @@ TEST_F(CPUSurfaceLife, resize_to_nothing_keeps_the_backing_store_and_is_not_vali
   surface.flush(nullptr);
   surface.size = {120, 90};
   ASSERT_TRUE(surface.begin(nullptr));
-  EXPECT_EQ(canvas().size(), QSize(120, 90));
+  EXPECT_EQ(canvasSize(), QSize(120, 90));
 }
 
 TEST_F(CPUSurfaceLife, resize_within_a_paint_pass_waits_for_its_end) {
@@ -139,33 +140,46 @@ TEST_F(CPUSurfaceLife, resize_within_a_paint_pass_waits_for_its_end) {
   const QImage* before = &canvas();
   surface.resize(300, 200);
   ASSERT_EQ(&canvas(), before);
-  EXPECT_EQ(canvas().size(), QSize(120, 90));
+  EXPECT_EQ(canvasSize(), QSize(120, 90));
   surface.fill(-1, -1, -1, -1, nullptr);
-  EXPECT_EQ(canvas().pixel(119, 89), 0xff000000);
+  EXPECT_EQ(at(119, 89), 0xff000000);
   surface.end(nullptr, false);
   ASSERT_TRUE(surface.begin(nullptr));
-  EXPECT_EQ(canvas().size(), QSize(300, 200));
+  EXPECT_EQ(canvasSize(), QSize(300, 200));
 }
 
 TEST_F(CPUSurfaceLife, resize_on_another_thread_takes_effect_at_the_next_pass) {
   std::thread([&] { surface.resize(64, 32); }).join();
   ASSERT_TRUE(surface.begin(nullptr));
-  EXPECT_EQ(canvas().size(), QSize(64, 32));
+  EXPECT_EQ(canvasSize(), QSize(64, 32));
 }
 
 TEST_F(CPUSurfaceLife, absurd_sizes_keep_the_backing_store) {
-  for (const int side : {100000, 1 << 30, std::numeric_limits<int>::max(), -1, -100000}) {
-    surface.resize(side, side);
-    if (surface.begin(nullptr)) {
-      EXPECT_EQ(canvas().size(), QSize(120, 90)) << side;
+  struct Row {
+    int width, height;
+    bool painted;  // something of the surface lies in the store
+  };
+  constexpr int kMost = std::numeric_limits<int>::max(), kLeast = std::numeric_limits<int>::min();
+  // 32767 is possible for each side, but not for both together.
+  for (const Row& row : {Row{100000, 100000, true}, Row{1 << 30, 1 << 30, true}, Row{kMost, kMost, true},
+                         Row{32767, 32767, true}, Row{kMost, 1, true}, Row{-1, -1, false},
+                         Row{-100000, -100000, false}, Row{-1, kMost, false}, Row{kLeast, kLeast, false}}) {
+    beginBlank();
+    surface.end(nullptr, false);
+    surface.resize(row.width, row.height);
+    EXPECT_TRUE(surface.isValid());
+    ASSERT_EQ(surface.begin(nullptr), row.painted) << row.width << "x" << row.height;
+    if (row.painted) {
+      EXPECT_EQ(canvasSize(), QSize(120, 90)) << row.width << "x" << row.height;
       surface.fill(-1, -1, -1, -1, nullptr);
+      EXPECT_EQ(at(0, 0), 0xff000000);
+      EXPECT_EQ(at(119, 0), 0xff000000);
+      EXPECT_EQ(at(119, 89), row.height == 1 ? kBlank : 0xff000000);
       surface.end(nullptr, false);
     }
     surface.flush(nullptr);
+    surface.resize(120, 90);
   }
-  surface.resize(32767, 32767);  // each side is possible, both together are not
-  ASSERT_TRUE(surface.begin(nullptr));
-  EXPECT_EQ(canvas().size(), QSize(120, 90));
 }
 
 TEST_F(CPUSurfaceLife, outlives_its_window) {
@@ -177,6 +191,32 @@ TEST_F(CPUSurfaceLife, outlives_its_window) {
   surface.flush(nullptr);
   surface.resize(10, 10);
   EXPECT_TRUE(surface.done());
+}
+
+TEST_F(CPUSurfaceLife, a_window_deleted_within_a_pass_takes_the_store_along) {
+  const ColorValue white(0xFFFFFF);
+  beginBlank();
+  window.reset();
+  surface.fill(-1, -1, -1, -1, &white);  // the pixels are still there
+  EXPECT_EQ(at(119, 89), 0xffffffff);
+  surface.resize(40, 30);
+  surface.end(nullptr, true);
+  EXPECT_EQ(surface.properties.GetString("painter"), "0");
+  EXPECT_NE(surface.describe("").find("[(nil)/(nil)]"), std::string::npos);
+  surface.flush(nullptr);
+  surface.end(nullptr, true);
+  EXPECT_FALSE(surface.begin(nullptr));
+  EXPECT_TRUE(surface.done());
+}
+
+TEST_F(CPUSurfaceLife, a_window_deleted_within_a_pass_can_be_followed_by_another) {
+  beginBlank();
+  window = std::make_unique<QWindow>();
+  window->resize(20, 10);
+  list.Set("window", QTD::ToText(static_cast<const void*>(window.get())));
+  ASSERT_TRUE(surface.init(&list));
+  EXPECT_TRUE(surface.begin(nullptr));
+  surface.end(nullptr, false);
 }
 
 TEST_F(CPUSurfaceLife, describes_itself_with_store_and_painter) {

@@ -385,3 +385,40 @@ TEST_F(MEMSurfaceTextTest, has_no_sheet_for_an_absurd_size_and_draws_nothing) {
   draw(picture, "text", 4, 4, "absurd", &white);
   EXPECT_EQ(picture.bytes, before);
 }
+
+TEST_F(MEMSurfaceTextTest, has_no_sheet_of_more_than_64_mebibytes) {
+  // The cells of the codes 32 to 255 side by side, three bytes a pixel.
+  const auto sheetBytes = [](int size) {
+    const QFontMetrics metrics(FontOf("Cambria", size));
+    int64_t width = 0, height = 0;
+    for (int code = 32; code <= 255; ++code) {
+      const QRect bounds = metrics.boundingRect(QString(QChar(code == ' ' ? 'i' : code)));
+      width += std::max(0, bounds.width());
+      height = std::max<int64_t>(height, bounds.height());
+    }
+    return 3 * width * height;
+  };
+  constexpr int64_t kLimit = 64 << 20;
+  int fitting = 100;
+  while (sheetBytes(fitting + 10) <= kLimit) fitting += 10;
+  const int tooLarge = fitting + 20;
+  ASSERT_GT(sheetBytes(tooLarge), kLimit + kLimit / 100);
+  ASSERT_LT(sheetBytes(tooLarge), 2 * kLimit);
+
+  const auto draws = [&](int size) {
+    text.addFont("big", "Cambria", size, false, false);
+    Picture picture(ZYN_PIXEL_MONO8, 8, 1);
+    const std::vector<uint8_t> before = picture.bytes;
+    const ColorValue inverting = [] {
+      ColorValue color(0xFFFFFF);
+      color.mode = 2;
+      return color;
+    }();
+    for (int y = -3 * size; y < kHeight; y += kHeight) {
+      draw(picture, "M", -size / 3, y, "big", &inverting);
+    }
+    return picture.bytes != before;
+  };
+  EXPECT_TRUE(draws(fitting - 10));
+  EXPECT_FALSE(draws(tooLarge));
+}

@@ -153,7 +153,7 @@ TEST_F(Commands, the_scale_is_refused_where_the_screen_holds_it) {
 TEST_F(Commands, any_command_may_be_called_from_inside_a_notification) {
   Start(image);
   bool called = false;
-  receiver.onMessage = [&](const std::string& name) {
+  receiver.OnMessage([&](const std::string& name) {
     if (name != "notification.image") return;
     display->SetFit(3, true);
     display->Zoom(true, 0, true);
@@ -165,7 +165,7 @@ TEST_F(Commands, any_command_may_be_called_from_inside_a_notification) {
     display->AddNotification(&receiver);
     display->DisplayVideo(&image.record);
     called = true;
-  };
+  });
   display->DisplayVideo(&image.record);
   EXPECT_TRUE(WaitFor([&] { return called; }));
 }
@@ -174,11 +174,11 @@ TEST_F(Commands, a_receiver_may_initialise_the_display_anew) {
   Start(image);
   HostImage other(ZYN_PIXEL_RGB8, 20, 10);
   bool done = false;
-  receiver.onMessage = [&](const std::string& name) {
+  receiver.OnMessage([&](const std::string& name) {
     if (name != "notification.image" || done) return;
     EXPECT_EQ(display->Initialize(&other.record), 0u);
     done = true;
-  };
+  });
   display->DisplayVideo(&image.record);
   ASSERT_TRUE(WaitFor([&] { return done; }));
   Settle();
@@ -189,9 +189,9 @@ TEST_F(Commands, a_receiver_may_initialise_the_display_anew) {
 
 TEST_F(Commands, a_receiver_that_throws_harms_nobody) {
   Start(image);
-  receiver.onMessage = [&](const std::string& name) {
+  receiver.OnMessage([&](const std::string& name) {
     if (name == "notification.image") throw std::runtime_error("host");
-  };
+  });
   display->DisplayVideo(&image.record);
   ASSERT_TRUE(WaitForImages(1));
   display->DisplayVideo(&image.record);

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "QTD/chain/QTDProcessor.h"
+#include "cpu/stages/CPUIPImage.h"
 #include "tests/display/DisplayFixture.h"
 
 namespace display_test {
@@ -130,13 +131,89 @@ TEST_F(Convert, several_threads_and_the_gui_thread_take_turns) {
 TEST_F(Convert, does_not_wait_for_itself_inside_a_notification) {
   Start(input);
   std::atomic<int64_t> result{-1};
-  receiver.onMessage = [&](const std::string& name) {
+  receiver.OnMessage([&](const std::string& name) {
     if (name == "notification.image") result = display->ConvertImage(&input.record, &output.record);
-  };
+  });
   display->DisplayVideo(&input.record);
   EXPECT_TRUE(WaitFor([&] { return result >= 0; }));
   EXPECT_EQ(result, 0);
   ExpectConverted();
+}
+
+TEST_F(Convert, a_notification_and_a_thread_convert_at_once) {
+  Start(input);
+  std::atomic<bool> finished{false};
+  std::atomic<int> good{0};
+  receiver.OnMessage([&](const std::string& name) {
+    if (name == "notification.image") good += display->ConvertImage(&input.record, &output.record) == 0;
+  });
+  std::thread host([&] {
+    HostImage own(ZYN_PIXEL_RGB8, 16, 8);
+    for (int i = 0; i < 30; ++i) {
+      // Prepared anew each time, which needs the lock that the notification holds.
+      display->ReleaseConverter();
+      good += display->ConvertImage(&input.record, &own.record) == 0;
+    }
+    finished = true;
+  });
+  EXPECT_TRUE(WaitFor(
+      [&] {
+        display->DisplayVideo(&input.record);
+        return finished.load();
+      },
+      60000));
+  host.join();
+  EXPECT_GE(good, 30);
+}
+
+// A host's stage that calls the display from inside the chain.
+class CallingStage : public CPUIPImage {
+ public:
+  explicit CallingStage(std::function<void()> hostCode) : CPUIPImage(nullptr), code(std::move(hostCode)) {}
+  uint32_t ProcessImage(const ZynImage* source, ZynImage* output, void* data) override {
+    code();
+    return CPUIPImage::ProcessImage(source, output, data);
+  }
+
+ private:
+  std::function<void()> code;
+};
+
+TEST_F(Convert, a_stage_that_calls_the_display_is_refused) {
+  Start(input);
+  HostImage own(ZYN_PIXEL_RGB8, 16, 8);
+  uint32_t converted = 0, initialised = 0;
+  auto* stage = new CallingStage([&] {
+    converted = display->ConvertImage(&input.record, &own.record);
+    initialised = display->Initialize(&input.record);
+    display->Uninitialize();
+  });
+  const ZynImage* format = display->GetProcessor()->GetImageInfo(false);
+  ASSERT_EQ(stage->Init(format, nullptr), 0u);
+  ASSERT_EQ(display->GetProcessor()->InsertProcessor("image.output", "host", stage), 0u);
+  display->DisplayVideo(&input.record);
+  ASSERT_TRUE(WaitForImages(1));
+  EXPECT_EQ(converted, Composed(1));
+  EXPECT_EQ(initialised, Composed(8));
+  ASSERT_NE(display->GetProcessor(), nullptr);
+
+  // The same while another thread converts.
+  converted = 0;
+  std::atomic<bool> finished{false};
+  std::thread host([&] {
+    display->ConvertImage(&input.record, &output.record);
+    finished = true;
+  });
+  EXPECT_TRUE(WaitFor([&] { return finished.load(); }));
+  host.join();
+  EXPECT_EQ(converted, Composed(1));
+}
+
+TEST_F(Convert, marks_the_result_as_top_down) {
+  ASSERT_EQ(display->Initialize(&input.record), 0u);
+  output.record.origin = 1;
+  ASSERT_EQ(display->ConvertImage(&input.record, &output.record), 0u);
+  EXPECT_EQ(output.record.origin, 0u);
 }
 
 }  // namespace display_test

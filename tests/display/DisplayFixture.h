@@ -95,10 +95,15 @@ class Receiver : public ZynDisplayCommand {
     return lastArguments;
   }
 
-  std::function<void(const std::string&)> onMessage;
+  // What the host's code does in notifications.
+  void OnMessage(std::function<void(const std::string&)> code) {
+    std::lock_guard<std::mutex> guard(lock);
+    onMessage = std::move(code);
+  }
 
  private:
   std::mutex lock;  // guards what follows
+  std::function<void(const std::string&)> onMessage;
   std::vector<std::string> results, names;
   QTD::ARGUMENTS lastArguments;
 };

@@ -140,6 +140,16 @@ TEST_F(Intake, sizes_that_cannot_be_true_end_the_image_with_7) {
   EXPECT_EQ(receiver.LastResult(), "7");
 }
 
+TEST_F(Intake, more_bytes_than_the_picture_can_have_end_it_with_7) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  Start(image);
+  ZynImage record = image.record;
+  record.imageSize = 0xFFFFFFFF;
+  EXPECT_EQ(display->DisplayVideo(&record), 0u);
+  ASSERT_TRUE(WaitForImages(1));
+  EXPECT_EQ(receiver.LastResult(), "7");
+}
+
 TEST_F(Intake, a_failed_image_stops_the_checks_until_the_next_image) {
   HostImage image(ZYN_PIXEL_MONO8, 64, 48);
   Start(image);
@@ -177,26 +187,20 @@ TEST_F(Intake, of_two_images_during_one_processing_the_second_is_shown) {
   HostImage image(ZYN_PIXEL_MONO8, 64, 48, 0, 1), second(ZYN_PIXEL_MONO8, 64, 48, 0, 2),
       third(ZYN_PIXEL_MONO8, 64, 48, 0, 3);
   Start(image);
-  std::thread host;
   bool sent = false;
-  receiver.onMessage = [&](const std::string& name) {
+  receiver.OnMessage([&](const std::string& name) {
     if (name != "notification.image" || sent) return;
     sent = true;
-    // The swap lock is held here: the host's thread waits until the processing ends, then delivers both.
-    host = std::thread([&] {
-      display->DisplayVideo(&second.record);
-      display->DisplayVideo(&third.record);
-    });
-    // Time for the thread to reach the lock; the result is the same if it does not.
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  };
+    display->DisplayVideo(&second.record);
+    display->DisplayVideo(&third.record);
+  });
   display->DisplayVideo(&image.record);
-  ASSERT_TRUE(WaitFor([&] { return sent; }));
-  host.join();
-  ASSERT_TRUE(WaitFor([this] { return display->GetProcessor()->Out()->imageData[0] == 3; }));
+  ASSERT_TRUE(WaitForImages(2));
   Settle();
+  EXPECT_EQ(display->GetProcessor()->Out()->imageData[0], 3);
   EXPECT_EQ(display->InputRate().Total(), 3);
-  EXPECT_EQ(display->OutputRate().Total(), static_cast<int64_t>(receiver.Images()));
+  EXPECT_EQ(display->OutputRate().Total(), 2);  // the second image was overwritten
+  EXPECT_EQ(receiver.Images(), 2u);
 }
 
 TEST_F(Intake, many_images_between_two_checks_leave_one_processing) {
@@ -217,7 +221,8 @@ TEST_F(Intake, a_rebuild_runs_the_last_image_again) {
   HostImage image(ZYN_PIXEL_MONO8, 64, 48);
   EXPECT_EQ(display->RunCommand("cmd.image.rebuild", nullptr), 0u);
   Settle();
-  EXPECT_EQ(display->LastError(), 0u);  // without an image the code stays
+  EXPECT_EQ(display->LastError(), 0u);         // without an image the code stays
+  EXPECT_EQ(display->InputRate().Total(), 1);  // but the signal came
   Start(image);
   EXPECT_EQ(display->RunCommand("cmd.image.rebuild", nullptr), 1u);
   Settle();

@@ -217,4 +217,56 @@ TEST_F(Lifecycle, initialises_by_message) {
   EXPECT_NE(display->GetProcessor(), nullptr);
 }
 
+TEST_F(Lifecycle, the_status_timer_runs_after_a_change_of_variant) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  display->Parameters().Set("system.opengl", "1");
+  display->Initialize(&image.record);
+  display->Parameters().Set("system.opengl", "0");
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  EXPECT_EQ(display->findChildren<QTimer*>().size(), 1);
+}
+
+TEST_F(Lifecycle, a_display_without_a_window_gets_one_when_a_parent_is_given) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  QTDDisplay late(nullptr, false);
+  EXPECT_EQ(late.Initialize(&image.record), Composed(1));
+  late.Parameters().Set("system.parentWidget", QTD::ToText(static_cast<const void*>(&parent)));
+  EXPECT_EQ(late.Initialize(&image.record), 0u);
+}
+
+TEST_F(Lifecycle, pictures_of_more_than_12_megapixels_are_strict_where_the_surface_is) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  display->Viewer()->Window()->Surface()->properties.Set("gl.strict", "1");
+  ZynImage large = image.record;
+  large.width = 4000;
+  large.height = 3000;  // exactly 12 megapixels
+  ASSERT_EQ(display->Initialize(&large), 0u);
+  EXPECT_EQ(Parameter("strict"), "0");
+  large.height = 3001;
+  ASSERT_EQ(display->Initialize(&large), 0u);
+  EXPECT_EQ(Parameter("strict"), "1");
+  display->Viewer()->Window()->Surface()->properties.Set("gl.strict", "0");
+  ASSERT_EQ(display->Initialize(&large), 0u);
+  EXPECT_EQ(Parameter("strict"), "0");
+}
+
+TEST_F(Lifecycle, a_message_from_another_thread_waits_for_the_gui_thread_and_clears_the_error) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  image.record.width = 0;
+  display->Initialize(&image.record);
+  ASSERT_EQ(display->LastError(), 7u);
+  std::atomic<bool> answered{false};
+  std::thread host([&] {
+    display->RunCommand("@something", nullptr);
+    answered = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(answered);
+  EXPECT_TRUE(WaitFor([&] { return answered.load(); }));
+  host.join();
+  EXPECT_EQ(display->LastError(), 0u);
+}
+
 }  // namespace display_test

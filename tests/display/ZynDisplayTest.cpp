@@ -296,9 +296,9 @@ TEST_F(Host, a_display_may_be_deleted_from_inside_its_notification) {
   ASSERT_EQ(ZynDisplay_Initialize(other, &parent, nullptr, &image.record), 0u);
   const QPointer<QTDDisplay> controller = static_cast<ZynDisplayImpl*>(other)->Controller();
   Receiver receiver;
-  receiver.onMessage = [&](const std::string& name) {
+  receiver.OnMessage([&](const std::string& name) {
     if (name == "notification.image") ZynDisplay_DeleteComponent(other);
-  };
+  });
   controller->AddNotification(&receiver);
   controller->SetParameterInt("image.notification.flags.set", 1);
   ZynDisplay_DisplayVideo(other, &image.record);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <stdexcept>
 #include <string>
 
 #include "tests/screen/DrawObjectsFixture.h"
@@ -50,6 +51,20 @@ TEST(Layout, follows_the_placement_codes) {
   EXPECT_EQ(laid.Place(7), "308,462");
   EXPECT_EQ(laid.Place(9), "308,2");
   for (int code : {0, 6, 8, 10, 1000}) EXPECT_EQ(laid.Place(code), "111,206") << code;
+}
+
+TEST(Layout, reads_no_position_of_a_text_that_it_places) {
+  Laid laid;
+  for (int code : {1, 2, 3, 4, 5, 7, 9}) {
+    std::string id = "a";
+    QTD::PROPERTIES list = List({{"x", "abc"}, {"y", "def"}});
+    EXPECT_NO_THROW(laid.store.setPlacedText(id, code, "t", &list)) << code;
+    EXPECT_NO_THROW(std::stoi(laid.store.value("a", "x"))) << code;
+    EXPECT_NO_THROW(std::stoi(laid.store.value("a", "y"))) << code;
+  }
+  std::string id = "b";
+  QTD::PROPERTIES list = List({{"x", "abc"}});
+  EXPECT_THROW(laid.store.setPlacedText(id, 6, "t", &list), std::invalid_argument) << "a place of its own";
 }
 
 TEST(Layout, leaves_a_text_without_a_placement) {

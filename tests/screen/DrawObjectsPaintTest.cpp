@@ -1,7 +1,6 @@
 // Painting the objects of a store.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -76,9 +75,7 @@ TEST(Paint, draws_a_text_expanded_in_its_font_and_colour) {
           {{"text", "n ${image.id}"}, {"text.font", "large"}, {"text.clr", "1122867"}});  // 0x112233
   ZynImage image{};
   image.imageID = 42;
-  char pointer[32];
-  std::snprintf(pointer, sizeof pointer, "%p", static_cast<void*>(&image));
-  store.Parser()->variables.Set("image", pointer);
+  store.setImage(&image);
   store.draw(&surface, nullptr);
   EXPECT_EQ(surface.log, (Log{"text 10 20 large n 00000042"}));
   EXPECT_EQ(surface.colors.at(0).red, 0x33);

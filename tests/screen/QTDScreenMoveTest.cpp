@@ -1,14 +1,12 @@
-// Centre, keys, scroll bars and pans, and when the owner hears of them.
+// Centre, keys, scroll bars and pans.
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <climits>
 #include <cmath>
-#include <future>
+#include <functional>
 #include <limits>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "tests/screen/ScreenFixture.h"
@@ -23,73 +21,6 @@ TEST(Move, recomputes_without_moving_for_minus_one) {
   view.screen.setCenter(-1, 0.5);
   EXPECT_EQ(view.screen.Center(), QTD::PairD(500.0 / 4000, 0.5))
       << "only both at once mean the present centre";
-}
-
-TEST(Move, tells_the_owner_of_a_new_centre) {
-  View view(1000, 1000, 4000, 4000, 3);
-  view.screen.setCenter(0.25, 0.625);
-  EXPECT_EQ(view.owner.Count(), 1u);
-  view.screen.setCenter(0.25, 0.625);
-  EXPECT_EQ(view.owner.Count(), 0u);
-}
-
-TEST(Move, counts_a_centre_with_more_than_six_decimals_as_changed) {
-  View view(1000, 1000, 4000, 4000, 3);
-  view.screen.setCenter(1.0 / 3, 0.5);
-  view.owner.Count();
-  view.screen.setCenter(-1, -1);
-  EXPECT_EQ(view.owner.Count(), 1u) << "the record of the old view holds six decimals only";
-}
-
-TEST(Move, tells_nobody_while_notification_is_off) {
-  View view(1000, 1000, 4000, 4000, 3);
-  view.screen.notify = false;
-  view.screen.setCenter(0.25, 0.25);
-  EXPECT_EQ(view.owner.Count(), 0u);
-}
-
-TEST(Move, tells_once_for_an_operation_that_calls_others) {
-  View view(1000, 1000, 4000, 4000, 3);
-  view.screen.setCenter(0.25, 0.25);
-  view.owner.Count();
-  view.screen.setFit(1, true);
-  EXPECT_EQ(view.owner.Count(), 1u);
-  view.screen.setFit(2, false);
-  EXPECT_EQ(view.owner.Count(), 0u) << "not asked to tell";
-  view.screen.setScale(2);
-  EXPECT_EQ(view.owner.Count(), 0u);
-}
-
-TEST(Move, tells_the_owner_with_the_lock_given_up) {
-  View view(1000, 1000, 4000, 4000, 3);
-  bool answered = false;
-  view.owner.then = [&] {
-    // Another thread gets through to the screen while the owner is being told.
-    std::promise<void> read;
-    std::thread other([&] {
-      view.screen.Scale();
-      read.set_value();
-    });
-    answered = read.get_future().wait_for(std::chrono::seconds(10)) == std::future_status::ready;
-    if (answered) {
-      other.join();
-    } else {
-      other.detach();
-    }
-  };
-  view.screen.zoomToRect({10, 10, 100, 100}, true);
-  EXPECT_TRUE(answered);
-}
-
-TEST(Move, lets_the_owner_move_the_view_while_it_is_told) {
-  View view(1000, 1000, 4000, 4000, 3);
-  bool once = true;
-  view.owner.then = [&] {
-    if (std::exchange(once, false)) view.screen.setCenter(0.75, 0.75);
-  };
-  view.screen.setCenter(0.25, 0.25);
-  EXPECT_EQ(view.screen.Center(), QTD::PairD(0.75, 0.75));
-  EXPECT_EQ(view.owner.Count(), 2u);
 }
 
 TEST(Move, ignores_a_centre_that_is_no_number) {
@@ -121,13 +52,70 @@ TEST(Move, keeps_an_initial_centre_until_there_is_a_picture) {
   view.screen.setCenter(0.25, 0.75);
   view.screen.setWindowSize(1000, 1000);
   EXPECT_EQ(view.screen.Center(), QTD::PairD(0.5, 0.5)) << "a picture without a size is centred";
-  view.screen.moveBy(true, 3);
+  view.screen.zoom(true, -1, false);
+  view.screen.setFit(0, true);
+  view.screen.setFit(3, true);
+  view.screen.setCenter(-1, -1);
+  view.screen.setScrollPos(-1, -1);
   view.screen.setImageSize(4000, 4000);
   EXPECT_EQ(view.screen.Center(), QTD::PairD(0.25, 0.75));
   view.screen.setImageSize(8000, 8000);
   view.screen.setCenter(0.5, 0.5);
   view.screen.setImageSize(4000, 4000);
   EXPECT_EQ(view.screen.Center(), QTD::PairD(0.5, 0.5));
+}
+
+TEST(Move, gives_up_an_initial_centre_for_a_later_move) {
+  const std::function<void(TestScreen&)> moves[] = {
+      [](TestScreen& screen) { screen.setFit(1, true); },
+      [](TestScreen& screen) { screen.setFit(1, false); },
+      [](TestScreen& screen) { screen.moveTo(10, 10, "win"); },
+      [](TestScreen& screen) { screen.moveTo(10, 10, "scr"); },
+      [](TestScreen& screen) { screen.moveBy(true, 1); },
+      [](TestScreen& screen) { screen.moveBy(false, -1); },
+      [](TestScreen& screen) {
+        screen.zoomToRect({10, 10, 100, 100}, true);
+      },
+      [](TestScreen& screen) { screen.setScrollPos(0, -1); },
+      [](TestScreen& screen) { screen.setScrollPos(-1, 0); },
+      [](TestScreen& screen) { screen.setCenter(0.5, 0.5); },
+  };
+  for (const auto& move : moves) {
+    View view;
+    view.screen.setWindowSize(1000, 1000);
+    view.screen.setCenter(0.25, 0.75);
+    move(view.screen);
+    view.screen.setFit(0, false);
+    view.screen.setImageSize(4000, 4000);
+    EXPECT_GT(view.screen.pictureWidth, 3000) << "room for the centre that is not to be there";
+    EXPECT_EQ(view.screen.Center(), QTD::PairD(0.5, 0.5)) << "move " << &move - moves;
+  }
+}
+
+TEST(Move, gives_up_an_initial_centre_for_a_fit_before_there_is_a_window) {
+  View view;
+  view.screen.setCenter(0.25, 0.75);
+  view.screen.setFit(1, false);
+  EXPECT_EQ(view.screen.Center(), QTD::PairD(0.5, 0.5));
+  view.screen.setFit(3, false);
+  view.screen.setWindowSize(1000, 1000);
+  view.screen.setImageSize(4000, 4000);
+  EXPECT_EQ(view.screen.Center(), QTD::PairD(0.5, 0.5));
+}
+
+TEST(Move, keeps_an_initial_centre_that_comes_behind_a_fit) {
+  for (int mode : {0, 1, 2, 3}) {
+    for (bool window : {false, true}) {
+      // Too small for its least size of 60: larger than the window in every mode.
+      View view;
+      if (window) view.screen.setWindowSize(30, 30);
+      view.screen.setFit(mode, true);
+      view.screen.setCenter(0.25, 0.75);
+      if (!window) view.screen.setWindowSize(30, 30);
+      view.screen.setImageSize(100, 100);
+      EXPECT_EQ(view.screen.Center(), (QTD::PairD(0.25, 0.75))) << mode << window;
+    }
+  }
 }
 
 TEST(Move, takes_the_initial_centre_behind_the_fit) {

@@ -99,6 +99,8 @@ TEST(Zoom, tells_the_percentage) {
   View view(1000, 1000, 4000, 4000, 0);
   view.screen.setScale(3);
   EXPECT_EQ(view.screen.zoomPercent(), 33);
+  view.screen.setScale(1.5);
+  EXPECT_EQ(view.screen.zoomPercent(), 67) << "66.67";
   view.screen.scale = 0;
   EXPECT_EQ(view.screen.zoomPercent(), 0);
 }

@@ -180,6 +180,16 @@ TEST(ClampPoint, holds_a_size_and_answers_by_the_size_alone) {
   EXPECT_EQ(size, QTD::PairD(0, 400));
 }
 
+TEST(ClampPoint, leaves_no_room_at_the_far_edge_and_never_less) {
+  View view(1000, 1000, 1237, 911, 0);
+  for (int i = 1; i <= 2000; ++i) {
+    view.screen.setScale(0.1 + i * 0.0037);
+    QTD::PairD point(1e9, 1e9), size(10, 10);
+    EXPECT_TRUE(view.screen.clampPoint(&point, &size));
+    EXPECT_EQ(size, QTD::PairD(0, 0)) << "scale " << view.screen.Scale();
+  }
+}
+
 namespace {
 
 // Takes one step of any kind, with arguments that make sense and some that do not.

@@ -137,6 +137,14 @@ TEST_F(BareMouseTest, a_right_click_during_a_pan_leaves_no_grab_behind) {
   EXPECT_TRUE(window.Screen()->moveBy(true, 1));
 }
 
+TEST_F(BareMouseTest, a_right_release_repaints) {
+  Settle();
+  UpdateCounter counter(&window);
+  EXPECT_TRUE(window.mouseUp(10, 10, false, false));
+  Settle();
+  EXPECT_EQ(1, counter.count);
+}
+
 TEST_F(BareMouseTest, handlers_are_asked_in_order_until_one_has_handled) {
   ScriptedInput first;
   ScriptedInput second;

@@ -173,6 +173,16 @@ TEST_F(MouseTest, losing_the_focus_is_told_with_the_place_of_the_press) {
   EXPECT_EQ((Arguments{{"win.x", "100"}, {"win.y", "90"}}), Keys(told[0]));
 }
 
+TEST_F(MouseTest, a_right_press_is_remembered_by_its_global_place) {
+  ConnectHost();
+  Press(100, 90, Qt::RightButton);
+  LoseFocus();
+  const QPoint global = viewer->mapToGlobal(QPoint(100, 90));
+  ASSERT_EQ(1u, host.Of("mouse.free").size());
+  EXPECT_EQ(std::to_string(global.x()), host.Of("mouse.free")[0].at("win.x"));
+  EXPECT_EQ(std::to_string(global.y()), host.Of("mouse.free")[0].at("win.y"));
+}
+
 TEST_F(MouseTest, a_loss_of_focus_that_the_host_takes_leaves_the_pan_running) {
   ConnectHost();
   host.Answer("mouse.free", 1);

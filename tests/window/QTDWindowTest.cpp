@@ -208,18 +208,40 @@ TEST_F(QTDWindowTest, takes_the_picture_away) {
   EXPECT_EQ(qRgb(128, 128, 128), Grab().pixel(5, 5));
 }
 
-TEST_F(QTDWindowTest, text_templates_hold_the_picture_while_it_is_shown) {
-  const auto held = [&] { return window->Objects().Parser()->variables.GetPointer("image"); };
+TEST_F(QTDWindowTest, text_templates_tell_of_the_picture_while_it_is_shown) {
+  const auto told = [&] { return window->Objects().Parser()->Parse("${image.dims}"); };
+  EXPECT_EQ("", told());
   const Picture picture(50, 40);
   Show(picture);
-  EXPECT_EQ(picture.Record(), held());
-  const Picture next(50, 40);
+  EXPECT_EQ("50x40", told());
+  const Picture next(60, 30);
   window->setImage(next.Record(), false);
-  EXPECT_EQ(nullptr, held());
+  EXPECT_EQ("60x30", told());
   window->render();
-  EXPECT_EQ(next.Record(), held());
+  EXPECT_EQ("60x30", told());
   window->setImage(nullptr, false);
-  EXPECT_EQ(nullptr, held());
+  EXPECT_EQ("", told());
+}
+
+TEST_F(QTDWindowTest, text_templates_tell_of_the_picture_as_it_was_painted) {
+  const auto told = [&] { return window->Objects().Parser()->Parse("${image.id:%d}"); };
+  const Picture picture(50, 40);
+  Show(picture);
+  EXPECT_EQ("77", told());
+  picture.Record()->imageID = 78;
+  EXPECT_EQ("77", told()) << "the chain writes into its record while hosts lay texts out";
+  window->render();
+  EXPECT_EQ("78", told());
+}
+
+TEST_F(QTDWindowTest, a_record_without_pixels_is_no_picture) {
+  ZynImage record{};
+  record.width = 50;
+  record.height = 40;
+  window->setImage(&record, true);
+  EXPECT_EQ(qRgb(128, 128, 128), Grab().pixel(5, 5));
+  EXPECT_EQ("", window->Objects().Parser()->Parse("${image.dims}"));
+  window->setImage(nullptr, false);
 }
 
 TEST_F(QTDWindowTest, many_updates_before_the_event_loop_runs_paint_once) {

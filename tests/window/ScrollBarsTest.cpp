@@ -61,6 +61,15 @@ TEST_F(ScrollBarsTest, span_the_part_of_the_picture_outside_the_window) {
   EXPECT_EQ(150, vert->value());
 }
 
+TEST_F(ScrollBarsTest, begin_at_zero_again_when_the_host_has_moved_their_ends) {
+  Show(large);
+  horz->setMinimum(-50);
+  vert->setMaximum(1000);
+  window->syncScrollBars(3);
+  EXPECT_EQ(0, horz->minimum());
+  EXPECT_EQ(300, vert->maximum());
+}
+
 TEST_F(ScrollBarsTest, each_axis_is_on_its_own) {
   const Picture wide(800, 200);
   Show(wide);
