@@ -28,7 +28,8 @@ int main() {
     const ZynImage* picture = stage->Out();
     for (uint32_t y = 0; y < picture->height; ++y) {
       const uint8_t* line = picture->imageData + y * picture->linePitch;
-      for (uint32_t x = 0; x < picture->width; ++x, line += 3) std::printf("(%d %d %d) ", line[0], line[1], line[2]);
+      for (uint32_t x = 0; x < picture->width; ++x, line += 3)
+        std::printf("(%d %d %d) ", line[0], line[1], line[2]);
       std::printf("\n");
     }
     result = 0;

@@ -35,14 +35,16 @@ int main(int argc, char** argv) {
     frame.imageData = pixels.data();
     while (!stop) {
       ++frame.imageID;
-      for (uint32_t i = 0; i < frame.imageSize; ++i) pixels[i] = static_cast<uint8_t>(i % kWidth + frame.imageID);
+      for (uint32_t i = 0; i < frame.imageSize; ++i)
+        pixels[i] = static_cast<uint8_t>(i % kWidth + frame.imageID);
       ZynDisplay_DisplayVideo(display, &frame);
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
   });
 
   // With a number of milliseconds as argument the program ends by itself.
-  if (argc > 1) QTimer::singleShot(QString::fromLocal8Bit(argv[1]).toInt(), &application, &QApplication::quit);
+  if (argc > 1)
+    QTimer::singleShot(QString::fromLocal8Bit(argv[1]).toInt(), &application, &QApplication::quit);
   const int result = QApplication::exec();
   stop = true;
   camera.join();

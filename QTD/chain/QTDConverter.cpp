@@ -126,8 +126,10 @@ uint32_t QTDConverter::Prepare(const ZynImage& source, const ZynImage* output) {
   const QTD::RMutexLock walk(chain->ChainLock());
   ZynImgProcessor* const stage = chain->FindProcessor(kLastStage);
   if (!stage || !SameSize(&source, stage->GetImageInfo(true))) return ZYN_ERR_NOT_READY;
-  // The picture as it comes in, whatever the first stage makes of it.
-  const ZynImage* const first = chain->SourceRecord();
+  // The chain's own record tells the code of the pictures that come in, whatever a first stage of the host's
+  // says; the first stage's tells where their line 0 is.
+  const ZynImage* const taken = chain->SourceRecord();
+  const ZynImage* const first = chain->GetImageInfo(true);
   const ZynImage* const last = stage->GetImageInfo(false);
   if (!first || !last) return ZYN_ERR_NOT_READY;
 
@@ -137,7 +139,7 @@ uint32_t QTDConverter::Prepare(const ZynImage& source, const ZynImage* output) {
   sourceInfo = PlainHeader(*last);
   outputInfo = output ? PlainHeader(*output) : nullptr;
   if (!sourceInfo || !outputInfo) return QTD::kStageNoMemory;
-  sourceType = first->pixelType;
+  sourceType = (taken ? taken : first)->pixelType;
   marksTurned = IsBottomUp(*first) != IsBottomUp(*last);
   state = kReady;
   ready = true;

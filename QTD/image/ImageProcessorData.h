@@ -44,8 +44,8 @@ class ImageProcessorData {
   std::atomic<uint32_t> lastError{0};
   std::atomic<int32_t> enableCount{1};
   std::atomic<bool> ready{false};
-  // Guards Init, ProcessImage, Release and the parameter commands of the stage. A stage that also takes its component's
-  // lock takes this one first, in every operation.
+  // Guards Init, ProcessImage, Release and the parameter commands of the stage. A stage that also takes its
+  // component's lock takes this one first, in every operation.
   RMutex lock;
   ZynComponent* parent;
 };

@@ -1,5 +1,5 @@
-// The main function of all test programs. Tests run in a QApplication: on the X server that DISPLAY names, else on the
-// platform "offscreen".
+// The main function of all test programs. Tests run in a QApplication: on the X server that DISPLAY names,
+// else on the platform "offscreen".
 #include <gtest/gtest.h>
 
 #include <QApplication>
