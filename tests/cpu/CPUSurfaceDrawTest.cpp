@@ -250,7 +250,8 @@ TEST_F(CPUSurfaceDraw, lines_keep_their_slope_however_far_they_lead) {
       for (int x = 3; x < 117; ++x) {
         const double centre = row.atZero + row.slope * x;
         // Where a line begins or ends, or leaves the window, its width is cut off.
-        if (centre < 4 || centre > 85 || std::hypot(x - row.x1, centre - row.y1) < 4) continue;
+        if (centre < 4 || centre > 85 || std::hypot(x - static_cast<double>(row.x1), centre - row.y1) < 4)
+          continue;
         double sum = 0;
         int count = 0;
         for (int y = 0; y < canvas().height(); ++y) {
