@@ -19,11 +19,10 @@ target_include_directories(ZynDisplayQt PRIVATE ${CMAKE_SOURCE_DIR})
 target_link_libraries(ZynDisplayQt PRIVATE
   Qt5::Widgets Zyn::Log4cpp Zyn::OpenCV Zyn::Highway Zyn::OpenMP Threads::Threads)
 target_link_libraries(ZynDisplayQt PRIVATE zyn_options PUBLIC Qt5::Core)
-target_link_options(ZynDisplayQt PRIVATE
-  LINKER:--version-script=${export_list} LINKER:--no-undefined)
-if(ZYN_SANITIZE)
-  # The sanitizer's own symbols are resolved in the program.
-  set_property(TARGET ZynDisplayQt APPEND PROPERTY LINK_OPTIONS LINKER:--undefined-version)
+target_link_options(ZynDisplayQt PRIVATE LINKER:--version-script=${export_list})
+if(NOT ZYN_SANITIZE)
+  # A sanitizer's own symbols are found in the program.
+  target_link_options(ZynDisplayQt PRIVATE LINKER:--no-undefined)
 endif()
 
 # Installation: the library, the public headers, a CMake package and a pkg-config file.
