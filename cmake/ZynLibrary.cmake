@@ -36,5 +36,7 @@ configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ZynDisplayQtConfig.cmake
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZynDisplayQtConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/ZynDisplayQtConfig.cmake ${CMAKE_BINARY_DIR}/ZynDisplayQtConfigVersion.cmake
   DESTINATION ${package_folder})
+# The installed folder may be moved: the file finds its prefix from its own place.
+file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_SOURCE_DIR}/cmake/ZynDisplayQt.pc.in ${CMAKE_BINARY_DIR}/ZynDisplayQt.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/ZynDisplayQt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

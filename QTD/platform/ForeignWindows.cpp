@@ -23,7 +23,8 @@ using Block = std::unique_ptr<T, Release>;
 // host on another window system needs none.
 struct Calls {
   QLibrary library{QStringLiteral("xcb"), 1};
-// A declared name cannot stand in parentheses. NOLINTNEXTLINE(bugprone-macro-parentheses)
+// A declared name cannot stand in parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define ZYN_XCB_CALL(name) \
   decltype(&xcb_##name) name = reinterpret_cast<decltype(&xcb_##name)>(library.resolve("xcb_" #name))
   ZYN_XCB_CALL(connect);
@@ -37,6 +38,7 @@ struct Calls {
   ZYN_XCB_CALL(intern_atom_reply);
   ZYN_XCB_CALL(send_event);
 #undef ZYN_XCB_CALL
+// NOLINTEND(bugprone-macro-parentheses)
 
   bool Complete() const {
     return connect && connection_has_error && disconnect && flush && poll_for_event &&
