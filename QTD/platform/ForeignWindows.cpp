@@ -38,7 +38,7 @@ struct Calls {
   ZYN_XCB_CALL(intern_atom_reply);
   ZYN_XCB_CALL(send_event);
 #undef ZYN_XCB_CALL
-// NOLINTEND(bugprone-macro-parentheses)
+  // NOLINTEND(bugprone-macro-parentheses)
 
   bool Complete() const {
     return connect && connection_has_error && disconnect && flush && poll_for_event &&
