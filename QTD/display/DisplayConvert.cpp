@@ -114,7 +114,12 @@ uint32_t QTDDisplay::ConvertInTurn(const ZynImage* input, ZynImage* output, bool
   QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   if (const uint32_t code = BeginConversionWithConverter(output, renew)) return Fail(code);
-  const uint32_t code = ConvertCompleted(input, output);
+  uint32_t code = ZYN_ERR_FAILED;
+  try {
+    code = ConvertCompleted(input, output);
+  } catch (...) {
+    // Memory is short; the turn must not be kept.
+  }
   EndConversion();
   return Fail(code);
 }
