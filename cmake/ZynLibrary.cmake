@@ -8,7 +8,7 @@ configure_file(${CMAKE_SOURCE_DIR}/cmake/ZynDisplayQt.map.in ${export_list} COPY
 add_library(ZynDisplayQt SHARED QTD/display/Module.cpp)
 add_library(ZynDisplayQt::ZynDisplayQt ALIAS ZynDisplayQt)
 set_target_properties(ZynDisplayQt PROPERTIES
-  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${export_list})
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${export_list} INSTALL_RPATH "$ORIGIN")
 target_include_directories(ZynDisplayQt INTERFACE
   $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ZynDisplayQt>)
 # Every object of every room goes in, whether something refers to it or not.
@@ -17,7 +17,7 @@ foreach(room IN LISTS rooms)
 endforeach()
 target_include_directories(ZynDisplayQt PRIVATE ${CMAKE_SOURCE_DIR})
 target_link_libraries(ZynDisplayQt PRIVATE
-  Qt5::Widgets Zyn::Log4cpp Zyn::OpenCV Zyn::Highway Zyn::OpenMP Threads::Threads)
+  Qt5::Widgets Zyn::Log4cpp Zyn::OpenCV Zyn::Highway Zyn::OpenMP Threads::Threads ZynDemosaicing)
 target_link_libraries(ZynDisplayQt PRIVATE zyn_options PUBLIC Qt5::Core)
 target_link_options(ZynDisplayQt PRIVATE LINKER:--version-script=${export_list})
 if(NOT ZYN_SANITIZE)
@@ -25,10 +25,10 @@ if(NOT ZYN_SANITIZE)
   target_link_options(ZynDisplayQt PRIVATE LINKER:--no-undefined)
 endif()
 
-# Installation: the library, the public headers, a CMake package and a pkg-config file.
+# Installation: the libraries, the public headers, a CMake package and a pkg-config file.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/ZynDisplayQt)
-install(TARGETS ZynDisplayQt EXPORT ZynDisplayQtTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS ZynDisplayQt ZynDemosaicing EXPORT ZynDisplayQtTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ZynDisplayQt)
 install(EXPORT ZynDisplayQtTargets NAMESPACE ZynDisplayQt:: DESTINATION ${package_folder})
 configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ZynDisplayQtConfig.cmake.in

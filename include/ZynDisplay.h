@@ -83,9 +83,39 @@ class ZynDisplayCPU {
   ZYN_EXPORT static ZynDisplayProcessor* CreateComponent(QWidget* parent);
   ZYN_EXPORT static void DeleteComponent(ZynDisplayProcessor* display);
 
+  // The stages. `parent` may be null. The caller owns a stage until a chain takes it.
+  class YUV2RGB : public ZynDisplayQT::YUV2RGB {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynComponent* parent);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class Unpack : public ZynDisplayQT::Unpack {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynComponent* parent);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
   class Image : public ZynDisplayQT::Image {
    public:
-    /// `parent` may be null. The caller owns the stage until a chain takes it.
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynComponent* parent);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class Bayer : public ZynDisplayQT::Bayer {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynComponent* parent);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class ColorCorrection : public ZynDisplayQT::ColorCorrection {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynComponent* parent);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class ExposureColoration : public ZynDisplayQT::ExposureColoration {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynComponent* parent);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class ImageOverlay : public ZynDisplayQT::ImageOverlay {
+   public:
     ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynComponent* parent);
     ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
   };

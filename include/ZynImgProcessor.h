@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "ZynComponent.h"
 #include "ZynImage.h"
@@ -60,7 +61,59 @@ class ZynImgProcessingChain {
 /// The kinds of stages, each an interface of its own.
 namespace ZynDisplayQT {
 
+/// Turns YUV422_8_UYVY into RGB8.
+class YUV2RGB : public ZynImgProcessor {};
+
+/// Turns a packed monochrome or Bayer format into one 16-bit word for each sample.
+class Unpack : public ZynImgProcessor {};
+
 /// Copies an image and converts depth, channels and channel order on the way.
 class Image : public ZynImgProcessor {};
+
+/// Turns a Bayer image into three channels. Parameter "BayerAlgType", read by `Init`: the interpolation
+/// method, see `ZynBayer`.
+class Bayer : public ZynImgProcessor {};
+
+/// Applies gain, offset and gamma to each channel, in place. Parameters "gain.r", "gain.g", "gain.b",
+/// "offs.r", "offs.g", "offs.b" (fractions of the full range) and "gamma".
+class ColorCorrection : public ZynImgProcessor {
+ public:
+  /// "cmd.params.apply" takes the parameters from `args`, where they are present, and applies them;
+  /// "cmd.params.reset" sets them back. 1 when done, 0 otherwise. Any thread.
+  virtual uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) = 0;
+};
+
+/// Marks under-exposed and over-exposed pixels of the shown picture, in place. Parameters "thres.lo",
+/// "thres.hi" (sample values before colour correction), "color.lo" and "color.hi" (0x00BBGGRR).
+class ExposureColoration : public ZynImgProcessor {
+ public:
+  /// As for `ColorCorrection`.
+  virtual uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) = 0;
+};
+
+/// Draws text and rectangles into the image that passes. Objects are named by identifiers. Any thread may
+/// call any operation. `properties` may be null.
+class ImageOverlay : public ZynImgProcessor {
+ public:
+  /// "cmd.text.add", "cmd.rect.add", "cmd.text.del", "cmd.rect.del", "cmd.del": 1 when done, 0 otherwise. The
+  /// identifier of a new object comes back in `args` as "objectID".
+  virtual uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) = 0;
+
+  /// Properties that new objects take where they name none themselves. False for null.
+  virtual bool SetDefaults(QTD::PROPERTIES* properties) = 0;
+
+  /// Values that text templates may name. False for null.
+  virtual bool SetTextVariables(QTD::PROPERTIES* properties) = 0;
+
+  /// Adds a text at a place of the picture, in pixels; with a negative `y`, `x` is a placement code. Answers
+  /// the identifier, empty when the text was refused.
+  virtual std::string AddText(const char* text, int x, int y, QTD::PROPERTIES* properties) = 0;
+
+  /// False when there is no object of that identifier.
+  virtual bool DeleteObject(const std::string& id) = 0;
+
+  /// Adds a rectangle, in pixels. Answers the identifier.
+  virtual std::string AddRect(int x, int y, int width, int height, QTD::PROPERTIES* properties) = 0;
+};
 
 }  // namespace ZynDisplayQT

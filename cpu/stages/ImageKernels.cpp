@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "cpu/stages/ParallelSlices.h"
+#include "QTD/frame/ParallelSlices.h"
 #include "cpu/stages/PixelSteps.h"
 
 // Everything up to HWY_AFTER_NAMESPACE is compiled once for each instruction set; the one that the processor
@@ -290,7 +290,7 @@ void RunJob(const Job& job) {
   const size_t lineBytes = job.width * (bytes.source + bytes.target);
   const bool pastCaches = lineBytes * job.height >= kPastCachesBytes;
   const size_t sliceLines = std::max<size_t>(1, kSliceBytes / std::max<size_t>(1, lineBytes));
-  ForSlices(job.height, sliceLines, [&](size_t first, size_t end) {
+  QTD::ForSlices(job.height, sliceLines, [&](size_t first, size_t end) {
     HWY_DYNAMIC_DISPATCH(RunLines)(job, first, end, pastCaches);
   });
 }

@@ -1,0 +1,46 @@
+// What the stages on the processor have in common beside their state: the faces that answer from it.
+#pragma once
+
+#include <cstdint>
+
+#include "QTD/frame/ComponentImpl.h"
+#include "QTD/frame/RMutex.h"
+#include "QTD/image/ImageProcessorData.h"
+#include "ZynImgProcessor.h"
+
+// A stage of the kind `Interface`. The class that derives from it writes `Init`, `ProcessImage` and `Release`,
+// and calls its own `Release` in its destructor. Any thread may call any operation; the stage's lock is held
+// meanwhile.
+template <typename Interface>
+class CPUStage : public Interface, public QTD::ImageProcessorData, public QTD::ComponentImpl {
+ public:
+  ZynComponent* GetComponent() override { return this; }
+  ZynImage* Out() override {
+    const QTD::RMutexLock guard(lock);
+    return ImageProcessorData::Out();
+  }
+  ZynImage* GetImageInfo(bool source) override {
+    const QTD::RMutexLock guard(lock);
+    return ImageProcessorData::GetImageInfo(source);
+  }
+  bool Enable(bool on) override { return ImageProcessorData::Enable(on); }
+  bool IsEnabled() override { return ImageProcessorData::IsEnabled(); }
+
+ protected:
+  CPUStage(ZynComponent* parentComponent, const char* stageName, const char* className)
+      : QTD::ImageProcessorData(parentComponent) {
+    name = stageName;
+    parameters.Set("class", className);
+  }
+
+  // Stores a code, 0 included, and answers it composed.
+  uint32_t Finish(uint32_t code) {
+    lastError = code;
+    return Compose(code);
+  }
+
+  // Whether the result is marked bottom-up: the source's mark, turned by "image.flip.vert". No line is moved.
+  bool IsFlipped(const ZynImage& source) {
+    return (source.origin == 1) != parameters.GetBool("image.flip.vert", "0");
+  }
+};

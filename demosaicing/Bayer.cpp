@@ -1,0 +1,7 @@
+#include "ZynDemosaicing.h"
+
+ZynBayer* ZynBayer::CreateComponent() {
+  return nullptr;
+}
+
+void ZynBayer::DeleteComponent(ZynBayer*) {}

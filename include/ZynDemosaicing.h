@@ -1,0 +1,47 @@
+// The demosaicing component: turns an image of a Bayer sensor into three channels.
+#pragma once
+
+#include <cstdint>
+
+#include "ZynComponent.h"
+#include "ZynImage.h"
+
+#ifndef ZYN_EXPORT
+#define ZYN_EXPORT __attribute__((visibility("default")))
+#endif
+
+/// Interpolates the two colours that each place of a Bayer sensor does not see.
+///
+/// Sources have 8, 10, 12, 14 or 16 bits, one sample for each place, in any of the four orders; results have
+/// three channels of the same depth in RGB or BGR order. Any size from 1x1 on; at the borders the picture is
+/// mirrored at its first and last line and column, so that colours keep their places.
+///
+/// The parameter "BayerAlgType" of the component, read by `Init`, selects the method.
+///
+/// Threads: any thread may call any operation of a component; `Init`, `ProcessImage` and `Release` exclude
+/// each other. A call works on several threads where the machine has them. Return values are codes of
+/// `ZynErrorCode` in the low 16 bits; 0 is success.
+class ZynBayer {
+ public:
+  /// The parameters. Owned by this object.
+  virtual ZynComponent* GetComponent() = 0;
+
+  /// Interpolates `source` into the buffer of `output`; both must be like the images given to `Init`, with
+  /// lines that lie within `imageSize`. 7 for images that are not, 8 before `Init`.
+  virtual uint32_t ProcessImage(const ZynImage* source, ZynImage* output) = 0;
+
+  /// Prepares for sources and outputs like these; the buffers are not touched. 3 for formats that are not
+  /// handled, 7 for null, empty and unequal images and for an unknown method, 9 without memory.
+  virtual uint32_t Init(const ZynImage* source, ZynImage* output) = 0;
+
+  /// Frees what `Init` made.
+  virtual void Release() = 0;
+
+  ZYN_EXPORT static ZynBayer* CreateComponent();
+
+  /// Null is ignored.
+  ZYN_EXPORT static void DeleteComponent(ZynBayer* component);
+
+ protected:
+  ~ZynBayer() = default;
+};
