@@ -95,10 +95,7 @@ bool DrawObjects::remove(const std::string& id) {
 
 void DrawObjects::update(const std::string& id, PROPERTIES* list) {
   const BothLocks locks(lock, drawLock);
-  PROPERTIES* object = find(id, false);
-  if (!object) return;
-  if (list) object->Merge(list);
-  place(object, false);
+  if (merge(id, list)) place(find(id, false), false);
 }
 
 bool DrawObjects::store(PROPERTIES* object, bool replace, bool) {
@@ -206,6 +203,13 @@ bool DrawObjects::get(const std::string& id, PROPERTIES* list) {
   const BothLocks locks(lock, drawLock);
   const PROPERTIES* object = find(id, false);
   if (object && list) *list = *object;
+  return object;
+}
+
+bool DrawObjects::merge(const std::string& id, PROPERTIES* list) {
+  const BothLocks locks(lock, drawLock);
+  PROPERTIES* object = find(id, false);
+  if (object && list) object->Merge(list);
   return object;
 }
 

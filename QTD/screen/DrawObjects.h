@@ -61,6 +61,9 @@ class DrawObjects {
   // Others use the copies below.
   PROPERTIES* find(const std::string& id, bool takeLock);
   bool get(const std::string& id, PROPERTIES* list);  // copies an object out
+  // Merges `list` into the object as it then is, and leaves its place alone. False for an unknown identifier:
+  // an object that was deleted meanwhile does not come back.
+  bool merge(const std::string& id, PROPERTIES* list);
   int count();
   // Copies of the object at a position of the map's order; false past its end.
   bool getAt(int index, PROPERTIES* list);

@@ -133,7 +133,8 @@ void QTDWindow::followView() {
   syncScrollBars(kBothBars);
 }
 
-// Works on copies: the store's locks are not held while the screen is asked.
+// Works on copies: the store's locks are not held while the screen is asked. What comes of it goes into
+// objects that are still there.
 void QTDWindow::moveObjects() {
   if (!screen) return;
   tracker.BeginPass();
@@ -173,9 +174,7 @@ void QTDWindow::moveObject(const std::string& id, PROPERTIES& object) {
   const int placement = object.GetInt("placement", "-1");
   if (placement == 0) {
     // Code 0 keeps its own position and is not laid out again.
-    if (moved.Count() == 0) return;
-    object.Merge(&moved);
-    drawObjects.store(&object, true, true);
+    if (moved.Count() > 0) drawObjects.merge(id, &moved);
   } else if (moved.Count() > 0 || placement > 0) {
     drawObjects.update(id, &moved);
   }

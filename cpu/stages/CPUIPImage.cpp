@@ -57,6 +57,15 @@ bool CPUIPImage::IsEnabled() {
   return QTD::ImageProcessorData::IsEnabled();
 }
 
+void CPUIPImage::KeepUntouched(bool on) {
+  const QTD::RMutexLock guard(componentLock);
+  untouched.SetWanted(on);
+}
+const ZynImage* CPUIPImage::Untouched() {
+  const QTD::RMutexLock guard(componentLock);
+  return untouched.Image();
+}
+
 uint32_t CPUIPImage::Refuse(uint32_t code) {
   lastError = code;
   return Compose(code);
@@ -70,6 +79,7 @@ void CPUIPImage::Release() {
   conversionFlags = 0;
   limits = {};
   aside.Release();
+  untouched.SetWanted(false);
 }
 
 // Preparing.
@@ -139,7 +149,9 @@ uint32_t CPUIPImage::ProcessImage(const ZynImage* source, ZynImage* output, void
     ZYN_TRACE(log, "CPUIPImage::ProcessImage()");
     const QTD::RMutexLock guard(componentLock);
     out = nullptr;
-    return Refuse(Run(source, output));
+    const uint32_t code = Run(source, output);
+    untouched.Take(code == 0 ? out : nullptr);
+    return Refuse(code);
   } catch (...) {
     return Refuse(ZYN_ERR_FAILED);
   }

@@ -8,6 +8,7 @@
 #include "QTD/image/ImageProcessorData.h"
 #include "ZynDisplay.h"
 #include "cpu/stages/ImageConversion.h"
+#include "cpu/stages/UntouchedCopy.h"
 
 // Parameters, read by `Init`: "depth" (8 reduces a deeper source where no output header is given),
 // "image.flip.vert" (turns the mark of the line order, no line is moved), "external" (the caller brings the
@@ -30,6 +31,12 @@ class CPUIPImage : public ZynDisplayCPU::Image, public QTD::ImageProcessorData, 
   bool Enable(bool on) override;
   bool IsEnabled() override;
 
+  // Asks for a copy of each result, which later stages that work in place do not reach; `Release` takes that
+  // back. There is none of mosaics, as nothing works in place on them.
+  void KeepUntouched(bool on);
+  // The copy of the last result, null when there is none; lives as long as `Out`.
+  const ZynImage* Untouched();
+
  private:
   enum ConversionFlag : uint32_t { kSwap = 1, kReduce = 2, kToColour = 4 };
   uint32_t Refuse(uint32_t code);
@@ -41,6 +48,7 @@ class CPUIPImage : public ZynDisplayCPU::Image, public QTD::ImageProcessorData, 
   uint32_t conversionFlags = 0;
   ConversionLimits limits;
   SourceCopy aside;
+  UntouchedCopy untouched;
 
   // The component's lock. Guards the members above, the information records and `out`. `Init` and `Release`
   // take the stage's `lock` first, `ProcessImage` takes this one alone.

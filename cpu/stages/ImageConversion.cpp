@@ -54,6 +54,12 @@ bool HasFewerChannels(uint32_t pixelType, uint32_t thanType) {
   return !row || !thanRow || row->channels < thanRow->channels;
 }
 
+// Whether the samples that a code stands for take up two bytes.
+bool HasWords(uint32_t pixelType) {
+  const QTD::PixelRow* const row = QTD::FindPixelRow(pixelType);
+  return row && row->bitDepth > kByteDepth;
+}
+
 // Samples of 16 bits stay what they are, whatever their depths, where both images are deep.
 Step SelectStep(const ConversionSteps& steps, bool bothDeep) {
   if (steps.toColour) return steps.reduce ? Step::kReduceSpread : bothDeep ? Step::kSpread16 : Step::kSpread8;
@@ -103,6 +109,10 @@ bool ConvertPixels(const ZynImage& source, const ZynImage& target, const Convers
   const uint32_t storageBits = QTD::BitsPerPixel(source.pixelType);
   // Further steps know what a pixel is made of; the reduction alone takes each line as a row of words.
   if (furtherSteps && storageBits != 8 * bytes.source) return false;
+  // Bytes are not made into words: nothing says how 8 bits would be scaled to more, and lines of bytes would
+  // leave half of each of the target's lines as it was.
+  const bool writesWords = step == Step::kSpread16 || step == Step::kSwap16;
+  if (furtherSteps && writesWords != HasWords(target.pixelType)) return false;
   const uint64_t count = furtherSteps ? source.width : (uint64_t{source.width} * storageBits + 15) / 16;
   const uint64_t sourceLine = count * bytes.source, targetLine = count * bytes.target;
   if (!HoldsLines(source, sourceLine) || !HoldsLines(target, targetLine)) return false;

@@ -31,7 +31,8 @@ struct ConversionLimits {
 bool CopyPixels(const ZynImage& source, const ZynImage& target, SourceCopy& aside);
 
 // Takes the steps between the two formats. False, with the target untouched, when there is no way from one to
-// the other or a record cannot be true for its buffer.
+// the other (such as to fewer channels, or from bytes to deep samples) or a record cannot be true for its
+// buffer.
 bool ConvertPixels(const ZynImage& source, const ZynImage& target, const ConversionLimits& limits,
                    SourceCopy& aside);
 

@@ -257,8 +257,9 @@ HWY_EXPORT(RunLines);
 // the memory its runs of neighbouring addresses: slices of 128 KiB were a fifth slower.
 constexpr size_t kSliceBytes = size_t{1} << 20;
 
-// From this many bytes on the result is stored past the caches, which could not keep it until somebody reads
-// it; its lines are then not read before they are written. Saves a third of the time of 12-megapixel images.
+// From this many bytes of source and target together on, the result is stored past the caches, which could
+// not keep it until somebody reads it; its lines are then not read before they are written. Saves a third of
+// the time of 12-megapixel images.
 constexpr size_t kPastCachesBytes = size_t{16} << 20;
 
 }  // namespace

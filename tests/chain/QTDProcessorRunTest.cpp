@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "QTD/chain/QTDProcessor.h"
+#include "ZynPixelFormat.h"
 #include "chain/ChainFakes.h"
 #include "chain/TraceCapture.h"
 
@@ -96,6 +97,30 @@ TEST_F(QTDProcessorRun, gives_an_inserted_stage_the_current_image_in_list_order)
   EXPECT_EQ(journal, (Journal{"a.run", "b.run", "c.run"}));
   EXPECT_EQ(b->seenSource, &fromA);
   EXPECT_EQ(c->seenSource, &fromB);
+}
+
+// Where a host puts a stage that works on what the camera sent, between the real ones.
+TEST_F(QTDProcessorRun, gives_a_stage_before_image_unpacked_the_current_image) {
+  QTDProcessor chain(&display, false);
+  const chain_test::Picture source(4, 3, ZYN_PIXEL_MONO8), early(4, 3, ZYN_PIXEL_MONO8),
+      late(4, 3, ZYN_PIXEL_MONO8);
+  ASSERT_EQ(chain.Init(source), 0u);
+  auto* const second = new FakeStage("second", &journal);
+  ASSERT_EQ(chain.InsertProcessor("image.unpacked", "second", second), 0u);
+  EXPECT_EQ(chain.ProcessImage(source, nullptr, nullptr), 0u);
+  EXPECT_EQ(second->seenSource, static_cast<ZynImage*>(source));
+
+  auto* const first = new FakeStage("first", &journal);
+  ASSERT_EQ(chain.InsertProcessor("second", "first", first), 0u);
+  first->out = early;
+  second->out = late;
+  late.Byte(1, 2) = 77;
+  journal.clear();
+  EXPECT_EQ(chain.ProcessImage(source, nullptr, nullptr), 0u);
+  EXPECT_EQ(journal, (Journal{"first.run", "second.run"}));
+  EXPECT_EQ(first->seenSource, static_cast<ZynImage*>(source));
+  EXPECT_EQ(second->seenSource, static_cast<ZynImage*>(early));
+  EXPECT_EQ(chain_test::ByteOf(chain.Out(), 1, 2), 77) << "the stages behind go on with its result";
 }
 
 TEST_F(QTDProcessorRun, calls_disabled_stages_too) {

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -144,35 +143,6 @@ TEST(CPUIPImage, is_not_ready_without_a_target) {
   EXPECT_EQ(output.Copy(), picture.Copy());
 }
 
-TEST(CPUIPImage, a_disabled_stage_hands_an_equal_source_on) {
-  const StagePicture picture(ZYN_PIXEL_MONO12, 8, 4);
-  ReadyStage ready(picture.record, ZYN_PIXEL_MONO12);
-  ready.stage.Enable(false);
-  ASSERT_EQ(ready.Run(picture.record), 0u);
-  EXPECT_EQ(ready.stage.Out(), &picture.record);
-  ready.stage.Enable(true);
-  ASSERT_EQ(ready.Run(picture.record), 0u);
-  EXPECT_NE(ready.stage.Out(), &picture.record);
-}
-
-TEST(CPUIPImage, a_disabled_stage_still_reduces) {
-  const StagePicture picture(ZYN_PIXEL_MONO12, 8, 4);
-  ReadyStage ready(picture.record, ZYN_PIXEL_MONO8);
-  ready.stage.Enable(false);
-  ASSERT_EQ(ready.Run(picture.record), 0u);
-  EXPECT_EQ(ready.stage.Out()->pixelType, ZYN_PIXEL_MONO8);
-  EXPECT_EQ(ready.stage.Out()->imageData[3], std::min(WordAt(picture, 3) >> 4, 255));
-}
-
-// Sizes alone decide: the swap is left out.
-TEST(CPUIPImage, a_disabled_stage_of_equal_sizes_does_not_convert) {
-  const StagePicture picture(ZYN_PIXEL_BGR8, 8, 4);
-  ReadyStage ready(picture.record, ZYN_PIXEL_RGB8);
-  ready.stage.Enable(false);
-  ASSERT_EQ(ready.Run(picture.record), 0u);
-  EXPECT_EQ(ready.stage.Out(), &picture.record);
-}
-
 TEST(CPUIPImage, copies_lines_of_another_pitch_and_trailing_bytes) {
   const StagePicture usual(ZYN_PIXEL_MONO8, 10, 4), wide(ZYN_PIXEL_MONO8, 10, 4, 31),
       narrow(ZYN_PIXEL_MONO8, 10, 4, 10);
@@ -198,6 +168,32 @@ TEST(CPUIPImage, a_failed_conversion_keeps_the_target_and_hands_it_out) {
   EXPECT_EQ(ready.stage.Out(), &output.record);
   EXPECT_EQ(output.record.imageID, 9u);
   EXPECT_EQ(output.Copy(), before);
+}
+
+// Nothing says how a byte would be scaled to a deeper sample, and half of each line would stay unwritten.
+TEST(CPUIPImage, bytes_are_not_made_into_deep_samples) {
+  struct Kind {
+    uint32_t source, target;
+  };
+  for (const Kind kind : {Kind{ZYN_PIXEL_MONO8, ZYN_PIXEL_RGB16}, Kind{ZYN_PIXEL_MONO8, ZYN_PIXEL_BGR10},
+                          Kind{ZYN_PIXEL_RGB8, ZYN_PIXEL_BGR12}, Kind{ZYN_PIXEL_BGR8, ZYN_PIXEL_RGB10}}) {
+    const StagePicture picture(kind.source, 8, 4);
+    ReadyStage ready(picture.record, kind.target);
+    for (const uint32_t depth : {0u, 8u, 16u}) {  // whatever the caller's record says
+      StagePicture output(kind.target, 8, 4);
+      output.record.bitDepth = depth;
+      const auto before = output.Copy();
+      EXPECT_EQ(ready.Run(picture.record, &output.record), kFailed);
+      EXPECT_EQ(ready.stage.Out(), &output.record);
+      EXPECT_EQ(output.Copy(), before);
+    }
+  }
+  // The same with a reduction before: a record that calls the deep target one of bytes.
+  const StagePicture words(ZYN_PIXEL_MONO12, 8, 4);
+  ReadyStage ready(words.record, ZYN_PIXEL_RGB16);
+  StagePicture output(ZYN_PIXEL_RGB16, 8, 4);
+  output.record.bitDepth = 8;
+  EXPECT_EQ(ready.Run(words.record, &output.record), kFailed);
 }
 
 double ResidentMegabytes() {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/cpu/GuardedBytes.h"
+#include "tests/cpu/PixelByPixel.h"
 
 namespace {
 
@@ -75,30 +76,36 @@ void FillWithNoise(Bytes& bytes, uint32_t seed) {
   for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(random() >> 8);
 }
 
-// All instruction sets of this processor, one after the other, with the pixel by pixel form last.
+using Form = void (*)(const Job&);
+
+void RunPixelByPixel(const Job& job) {
+  RunJobPixelByPixel(static_cast<int>(job.step), job.source, job.sourcePitch, job.target, job.targetPitch,
+                     job.width, job.height, job.shift);
+}
+
+// All instruction sets of this processor, one after the other, and last the form that needs none.
 class ImageKernelsOnEveryTarget : public testing::Test {
  protected:
   ~ImageKernelsOnEveryTarget() override { hwy::GetChosenTarget().Update(hwy::SupportedTargets()); }
 
-  static void ForEachTarget(const std::function<void()>& check) {
+  static void ForEachTarget(const std::function<void(Form)>& check) {
     int64_t left = hwy::SupportedTargets();
     int count = 0;
     for (; left != 0; left &= left - 1, ++count) {
       const int64_t target = left & -left;
       hwy::GetChosenTarget().Update(target);
       SCOPED_TRACE(hwy::TargetName(target));
-      check();
+      check(RunJob);
     }
-    hwy::GetChosenTarget().Update(0);
-    SCOPED_TRACE("pixel by pixel");
-    check();
     EXPECT_GE(count, 1);
+    SCOPED_TRACE("pixel by pixel");
+    check(RunPixelByPixel);
   }
 };
 
 // Both images end, or begin, at forbidden memory; what lies between the lines must stay.
-void CheckLines(Step step, size_t width, size_t height, size_t sourceGap, size_t targetGap, uint32_t shift,
-                GuardedBytes::Border border) {
+void CheckLines(Form run, Step step, size_t width, size_t height, size_t sourceGap, size_t targetGap,
+                uint32_t shift, GuardedBytes::Border border) {
   const PixelBytes size = BytesOf(step);
   const size_t sourcePitch = width * size.source + sourceGap;
   const size_t targetPitch = width * size.target + targetGap;
@@ -107,7 +114,7 @@ void CheckLines(Step step, size_t width, size_t height, size_t sourceGap, size_t
   FillWithNoise(source, static_cast<uint32_t>(width + 7));
   std::memset(target.data(), 0xA5, target.size());
 
-  RunJob({step, source.data(), sourcePitch, target.data(), targetPitch, width, height, shift});
+  run({step, source.data(), sourcePitch, target.data(), targetPitch, width, height, shift});
   for (size_t line = 0; line < height; ++line) {
     const auto expected = ExpectedLine(step, source.data() + line * sourcePitch, width, shift);
     const uint8_t* const actual = target.data() + line * targetPitch;
@@ -119,11 +126,11 @@ void CheckLines(Step step, size_t width, size_t height, size_t sourceGap, size_t
 }
 
 TEST_F(ImageKernelsOnEveryTarget, every_width_touches_its_pixels_alone) {
-  ForEachTarget([] {
+  ForEachTarget([](Form run) {
     for (const Step step : kSteps) {
       for (size_t width = 1; width <= 130; ++width) {
-        CheckLines(step, width, 2, width % 5, width % 7, 1 + width % 8, GuardedBytes::kAtEnd);
-        CheckLines(step, width, 2, 0, 0, 4, GuardedBytes::kAtStart);
+        CheckLines(run, step, width, 2, width % 5, width % 7, 1 + width % 8, GuardedBytes::kAtEnd);
+        CheckLines(run, step, width, 2, 0, 0, 4, GuardedBytes::kAtStart);
         if (HasFatalFailure()) return;
       }
     }
@@ -131,25 +138,25 @@ TEST_F(ImageKernelsOnEveryTarget, every_width_touches_its_pixels_alone) {
 }
 
 TEST_F(ImageKernelsOnEveryTarget, large_images_come_out_alike) {
-  ForEachTarget([] {
+  ForEachTarget([](Form run) {
     for (const Step step : kSteps) {
       const PixelBytes size = BytesOf(step);
       // Some 18 MiB, several slices, lines at every address.
       const size_t width = 4099, height = (size_t{18} << 20) / (width * (size.source + size.target));
-      CheckLines(step, width, height, 3, 5, 4, GuardedBytes::kAtEnd);
+      CheckLines(run, step, width, height, 3, 5, 4, GuardedBytes::kAtEnd);
       if (HasFatalFailure()) return;
     }
   });
 }
 
 TEST_F(ImageKernelsOnEveryTarget, reduction_saturates_at_every_shift) {
-  ForEachTarget([] {
+  ForEachTarget([](Form run) {
     std::vector<uint16_t> words(65536);
     for (size_t i = 0; i < words.size(); ++i) words[i] = static_cast<uint16_t>(i);
     std::vector<uint8_t> bytes(words.size());
     for (uint32_t shift = 0; shift <= 15; ++shift) {
-      RunJob({Step::kReduce, reinterpret_cast<const uint8_t*>(words.data()), words.size() * 2, bytes.data(),
-              bytes.size(), words.size(), 1, shift});
+      run({Step::kReduce, reinterpret_cast<const uint8_t*>(words.data()), words.size() * 2, bytes.data(),
+           bytes.size(), words.size(), 1, shift});
       for (uint32_t value = 0; value < words.size(); ++value) {
         ASSERT_EQ(bytes[value], std::min(value >> shift, 255u)) << value << " >> " << shift;
       }

@@ -243,6 +243,26 @@ TEST(DrawObjects, merges_an_update_and_lays_out_again) {
   EXPECT_EQ(store.count(), 1);
 }
 
+TEST(DrawObjects, merges_into_an_object_that_is_there_and_makes_none) {
+  Store store;
+  PaintedSurface surface;
+  store.setSurface(&surface);
+  store.setViewport(0, 0, 640, 480);
+  std::string id = "a";
+  store.setPlacedText(id, 3, "x", nullptr);
+  const size_t measured = surface.engine->measured.size();
+  QTD::PROPERTIES list = List({{"x", "5"}, {"text.clr", "7"}});
+  EXPECT_TRUE(store.merge("a", &list));
+  EXPECT_EQ(store.value("a", "x"), "5") << "not laid out again";
+  EXPECT_EQ(store.value("a", "text.clr"), "7");
+  EXPECT_EQ(store.value("a", "text"), "x");
+  EXPECT_EQ(surface.engine->measured.size(), measured);
+  EXPECT_TRUE(store.merge("a", nullptr));
+  EXPECT_FALSE(store.merge("b", &list));
+  EXPECT_FALSE(store.merge("", &list));
+  EXPECT_EQ(store.count(), 1);
+}
+
 TEST(DrawObjects, copies_objects_out) {
   Store store;
   const QTD::RectI rect{1, 2, 3, 4};

@@ -1,6 +1,7 @@
 // What the host hears of the mouse, and what it may do meanwhile.
 #include "QTD/window/MouseNotification.h"
 
+#include <QEventLoop>
 #include <thread>
 
 #include "MouseHarness.h"
@@ -213,6 +214,44 @@ TEST_F(MouseTest, notices_go_out_with_no_lock_held) {
   Press(100, 100);
   EXPECT_EQ(1, done);
   host.OnMessage(nullptr);
+}
+
+// A host that asks its user in a box of its own, whose event loop brings the release in before the press is
+// answered: there is nothing left to pan.
+TEST_F(MouseTest, a_release_that_comes_before_the_press_is_answered_ends_it) {
+  for (const bool focus : {false, true}) {
+    SCOPED_TRACE(focus);
+    ConnectHost();
+    host.OnMessage([&](const Arguments& arguments) {
+      if (arguments.at("code") != "mouse.down") return;
+      if (focus) {
+        QCoreApplication::postEvent(window, new QFocusEvent(QEvent::FocusOut));
+      } else {
+        QCoreApplication::postEvent(
+            window, new QMouseEvent(QEvent::MouseButtonRelease, QPointF(100, 100), QPointF(100, 100),
+                                    Qt::LeftButton, Qt::NoButton, Qt::NoModifier));
+      }
+      QEventLoop loop;
+      loop.processEvents();
+    });
+    window->Screen()->setCenter(0.5, 0.5);
+    window->Screen()->setFit(3, true);
+    ASSERT_TRUE(At(-200, -150));
+    Press(100, 100);
+    const char* const ending = focus ? "mouse.free" : "mouse.up";
+    ASSERT_EQ(1u, host.Of(ending).size()) << "it did come in";
+    host.OnMessage(nullptr);
+    EXPECT_EQ(3, window->Screen()->properties.GetInt("fit")) << "a pan would have freed it";
+    Move(130, 80, Qt::NoButton);
+    EXPECT_TRUE(At(-200, -150));
+    EXPECT_EQ(Qt::ArrowCursor, window->cursor().shape());
+    // The next press is one as ever.
+    Press(100, 100);
+    Move(110, 100);
+    EXPECT_TRUE(At(-190, -150));
+    Release(110, 100);
+    host.Clear();
+  }
 }
 
 TEST_F(MouseTest, the_host_may_close_the_window_while_it_hears_of_the_mouse) {

@@ -1,5 +1,6 @@
 // Objects over the window and how they follow the view.
 #include <cmath>
+#include <mutex>
 #include <thread>
 
 #include "Harness.h"
@@ -276,10 +277,59 @@ TEST_F(OverlayTest, overlays_are_painted_over_the_picture) {
 }
 
 TEST_F(OverlayTest, templates_of_texts_see_the_picture) {
-  Text("${image.dims}", 10, 10, QTD::PROPERTIES());
+  const auto painted = [this](const char* text) {
+    window->Objects().clear();
+    Text(text, 10, 100, QTD::PROPERTIES());
+    window->update();
+    return Grab();
+  };
+  const QImage wide = painted("800x600"), narrow = painted("600x400");
+  ASSERT_FALSE(wide == narrow);
+  EXPECT_TRUE(painted("${image.dims}") == wide);
+
+  // The text follows the picture without being given anew; both pictures fill the window with one colour.
+  const Picture other(600, 400);
+  Show(other);
+  EXPECT_TRUE(Grab() == narrow);
+  viewer->setImage(nullptr, false);
+}
+
+TEST_F(OverlayTest, placed_texts_are_measured_with_their_template_expanded) {
   window->update();
   Settle();
-  EXPECT_EQ("800x600", window->Objects().Parser()->Parse("${image.dims}"));
+  const int expanded = Object(Text("${image.dims} ${image.dims}", 3, -1, QTD::PROPERTIES())).GetInt("w");
+  const int literal = Object(Text("800x600 800x600", 3, -1, QTD::PROPERTIES())).GetInt("w");
+  EXPECT_GT(literal, 0);
+  EXPECT_EQ(literal, expanded);
+}
+
+// Reaches the locks that a pass over the objects meets on its way.
+struct OpenStore : QTD::DrawObjects {
+  static std::recursive_mutex& LockOf(QTD::DrawObjects& store) { return store.*&OpenStore::lock; }
+};
+struct OpenScreen : QTDScreen {
+  static QTD::RMutex& LockOf(QTDScreen& screen) { return screen.*&OpenScreen::lock; }
+};
+
+// A pass on another thread is let into the store first and stopped at the screen next, with the object in its
+// hands: meanwhile the object goes.
+TEST_F(OverlayTest, an_object_that_is_deleted_while_it_is_moved_stays_deleted) {
+  for (const char* placement : {"0", "-1"}) {
+    QTD::PROPERTIES list = In("img");
+    list.Set("placement", placement);
+    const std::string id = Rect(400, 300, 10, 10, list);
+    std::unique_lock<std::recursive_mutex> store(OpenStore::LockOf(window->Objects()));
+    std::thread pass([&] { window->Execute("view.changed", nullptr); });
+    QThread::msleep(50);
+    {
+      const std::lock_guard<QTD::RMutex> screen(OpenScreen::LockOf(*window->Screen()));
+      store.unlock();
+      QThread::msleep(50);
+      EXPECT_TRUE(window->Objects().remove(id));
+    }
+    pass.join();
+    EXPECT_FALSE(window->Objects().get(id, nullptr)) << "placement " << placement;
+  }
 }
 
 TEST_F(OverlayTest, objects_come_and_views_change_from_many_threads) {
