@@ -3,7 +3,14 @@
 
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/chain/StageRow.h"
+#include "QTD/image/PixelFormats.h"
+#include "ZynPixelFormat.h"
+#include "cpu/stages/CPUIPBayer.h"
+#include "cpu/stages/CPUIPColorCorrection.h"
 #include "cpu/stages/CPUIPImage.h"
+#include "cpu/stages/CPUIPImageOverlay.h"
+#include "cpu/stages/CPUIPUnpack.h"
+#include "cpu/stages/CPUIPYUV2RGB.h"
 
 namespace {
 
@@ -17,11 +24,20 @@ void Disable(ZynImgProcessor& stage) {
   stage.Enable(false);
 }
 
+bool IsUyvy(uint32_t pixelType) {
+  return pixelType == ZYN_PIXEL_YUV422_8_UYVY;
+}
+
 // clang-format off
 const StageRow kRows[] = {
     // name, condition, class, parent, output, before `Init`, once in the chain
-    {"image.unpacked", AnyFormat, MakeStage<CPUIPImage>, kNoParent, kNoOutput, DownscaleAtTheHead, Disable},
-    {"image.output",   AnyFormat, MakeStage<CPUIPImage>, kNoParent, kNoOutput},
+    {"yuv2rgb",               IsUyvy,              MakeStage<CPUIPYUV2RGB>,         kChainIsParent, kGetsOutput},
+    {"unpack",                QTD::IsPackedFormat, MakeStage<CPUIPUnpack>,          kChainIsParent, kGetsOutput},
+    {"image.unpacked",        AnyFormat,           MakeStage<CPUIPImage>,           kNoParent,      kNoOutput, DownscaleAtTheHead, Disable},
+    {"bayer",                 QTD::IsBayerFormat,  MakeStage<CPUIPBayer>,           kNoParent,      kGetsOutput},
+    {"image.colorcorrection", AnyFormat,           MakeStage<CPUIPColorCorrection>, kNoParent,      kNoOutput},
+    {"image.overlay",         AnyFormat,           MakeStage<CPUIPImageOverlay>,    kNoParent,      kNoOutput},
+    {"image.output",          AnyFormat,           MakeStage<CPUIPImage>,           kNoParent,      kNoOutput},
 };
 // clang-format on
 

@@ -36,6 +36,9 @@ class ImageProcessorData {
   virtual uint32_t Reset();  // frees the information records; back to the constructed state
   virtual ZynComponent* GetParent();
 
+  // The lock of all operations, for who must keep a chain as it is over more than one call.
+  RMutex& OperationLock() { return lock; }
+
  protected:
   std::string name;
   ZynImage* sourceInfo = nullptr;  // clone of the source's header

@@ -40,7 +40,8 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
   QTDViewer(QWidget* parentWidget, bool opengl);
   ~QTDViewer() override;
 
-  // Adds "image.display" to the chain; a code as in `Error`. GUI thread.
+  // Adds "image.display" and "image.coloration" (switched off) to the chain; a code as in `Error`. GUI
+  // thread.
   virtual uint32_t attachProcessor(const ZynImage* format, ZynImgProcessingChain* processor);
   virtual uint32_t releaseImages();
   // Shows the picture with the next painting. Not owned: set null before it goes. Any thread.
@@ -93,7 +94,6 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
   void dropContainer();
   void scroll(int x, int y);
   uint32_t finish(uint32_t code);
-  uint32_t attachDisplayStage(ZynImgProcessingChain* processor);
   void note(const char* name, const std::string& value);
 
   QTD::ParentLayout place;

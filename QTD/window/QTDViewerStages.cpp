@@ -6,6 +6,7 @@
 #include "QTD/window/QTDViewer.h"
 #include "QTD/window/QTDWindow.h"
 #include "ZynPixelFormat.h"
+#include "cpu/stages/CPUIPExposureColoration.h"
 #include "cpu/stages/CPUIPImage.h"
 
 namespace {
@@ -19,6 +20,19 @@ bool HasSize(const ZynImage* record) {
 ZynImage* MakeRecord(const ZynImage& size, uint32_t pixelType) {
   if (size.height > static_cast<uint32_t>(INT32_MAX)) return nullptr;
   return QTD::ImageCreateHeader(nullptr, size.width, static_cast<int32_t>(size.height), pixelType);
+}
+
+// Prepares a stage and gives it to the chain, which releases and deletes it from then on; null when either
+// fails.
+ZynImgProcessor* Append(ZynImgProcessingChain& chain, const char* name,
+                        std::unique_ptr<ZynImgProcessor> stage, const ZynImage* source,
+                        const ZynImage* output) {
+  if ((stage->Init(source, output) & kCodeMask) == 0 &&
+      (chain.AddProcessor(name, stage.get()) & kCodeMask) == 0) {
+    return stage.release();
+  }
+  stage->Release();
+  return nullptr;
 }
 
 }  // namespace
@@ -64,17 +78,14 @@ uint32_t QTDViewer::attachCPU(const ZynImage* format, ZynImgProcessingChain* pro
   stageSource = MakeRecord(*source, source->pixelType);
   stageOutput = MakeRecord(*source, ZYN_PIXEL_RGB8);
   if (!stageSource || !stageOutput) return finish(kNoMemory);
-  return finish(attachDisplayStage(processor));
-}
-
-uint32_t QTDViewer::attachDisplayStage(ZynImgProcessingChain* processor) {
-  auto stage = std::make_unique<CPUIPImage>(processor->GetComponent());
-  if ((stage->Init(stageSource, stageOutput) & kCodeMask) == 0 &&
-      (processor->AddProcessor("image.display", stage.get()) & kCodeMask) == 0) {
-    // The chain releases and deletes it from now on.
-    static_cast<void>(stage.release());
-    return kSuccess;
+  ZynComponent* const parent = processor->GetComponent();
+  if (!Append(*processor, "image.display", std::make_unique<CPUIPImage>(parent), stageSource, stageOutput)) {
+    return finish(kStageFailed);
   }
-  stage->Release();
-  return kStageFailed;
+  ZynImgProcessor* const coloration =
+      Append(*processor, "image.coloration", std::make_unique<CPUIPExposureColoration>(parent), stageOutput,
+             nullptr);
+  if (!coloration) return finish(kStageFailed);
+  coloration->Enable(false);  // marks are shown when somebody asks for them
+  return finish(kSuccess);
 }

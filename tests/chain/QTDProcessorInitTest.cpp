@@ -6,7 +6,6 @@
 #include <string>
 
 #include "QTD/chain/QTDProcessor.h"
-#include "QTD/image/PixelFormats.h"
 #include "ZynPixelFormat.h"
 #include "chain/ChainFakes.h"
 
@@ -26,18 +25,6 @@ std::string Names(QTDProcessor& chain) {
     names += std::string(chain.Stages().NameAt(index)) + " ";
   }
   return names;
-}
-
-bool EndsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-// Formats that need a stage of their own before the picture can be shown, by their names.
-bool NeedsUnpacking(const std::string& name) {
-  if (name == "YUV422_8_UYVY") return true;
-  const bool monoOrBayer = name.rfind("Mono", 0) == 0 || name.rfind("Bayer", 0) == 0;
-  return monoOrBayer && name.find("Brio") == std::string::npos &&
-         (EndsWith(name, "p") || EndsWith(name, "Packed"));
 }
 
 }  // namespace
@@ -81,37 +68,19 @@ TEST(QTDProcessorInit, refuses_null_and_leaves_the_list_empty) {
   EXPECT_EQ(journal, (Journal{"a.release", "a.delete"}));
 }
 
-TEST(QTDProcessorInit, makes_two_image_stages_for_a_plain_format) {
+TEST(QTDProcessorInit, makes_the_stages_that_every_format_has) {
   QTDProcessor chain(nullptr, false);
   const Picture format(5, 3, ZYN_PIXEL_MONO12);
   EXPECT_EQ(chain.Init(format), 0u);
   EXPECT_EQ(chain.LastError(), 0u);
   EXPECT_TRUE(chain.IsReady());
-  EXPECT_EQ(Names(chain), "image.unpacked image.output ");
+  EXPECT_EQ(Names(chain), "image.unpacked image.colorcorrection image.overlay image.output ");
   EXPECT_FALSE(chain.FindProcessor("image.unpacked")->IsEnabled());
   EXPECT_TRUE(chain.FindProcessor("image.output")->IsEnabled());
   ASSERT_NE(chain.GetImageInfo(true), nullptr);
   EXPECT_EQ(chain.GetImageInfo(true)->pixelType, ZYN_PIXEL_MONO12);
   ASSERT_NE(chain.GetImageInfo(false), nullptr);
   EXPECT_EQ(chain.GetImageInfo(false)->pixelType, ZYN_PIXEL_MONO12);
-}
-
-TEST(QTDProcessorInit, takes_every_format_that_needs_no_unpacking) {
-  for (uint32_t row = 1; row <= QTD::kPixelRows; ++row) {
-    const QTD::PixelRow* const pixel = QTD::FindPixelRow(row);
-    ASSERT_NE(pixel, nullptr);
-    QTDProcessor chain(nullptr, false);
-    const Picture format(8, 4, pixel->code);
-    ASSERT_NE(static_cast<ZynImage*>(format), nullptr) << pixel->name;
-    if (NeedsUnpacking(pixel->name)) {
-      EXPECT_EQ(chain.Init(format), kFailed) << pixel->name;
-      EXPECT_EQ(chain.GetProcessorCount(), 0) << pixel->name;
-    } else {
-      EXPECT_EQ(chain.Init(format), 0u) << pixel->name;
-      EXPECT_EQ(Names(chain), "image.unpacked image.output ") << pixel->name;
-      EXPECT_EQ(chain.GetImageInfo(false)->pixelType, pixel->code) << pixel->name;
-    }
-  }
 }
 
 TEST(QTDProcessorInit, keeps_a_record_of_source_and_result) {
@@ -215,7 +184,7 @@ TEST(QTDProcessorInit, rebuilds_everything_for_another_format) {
   ASSERT_EQ(chain.ProcessImage(mono, nullptr, nullptr), 0u);
   EXPECT_EQ(chain.Timer().Count(), 1);
   ASSERT_EQ(chain.Init(rgb), 0u);
-  EXPECT_EQ(Names(chain), "image.unpacked image.output ");
+  EXPECT_EQ(Names(chain), "image.unpacked image.colorcorrection image.overlay image.output ");
   EXPECT_EQ(journal, (Journal{"host.run", "host.release", "host.delete"}));
   EXPECT_EQ(chain.GetImageInfo(false)->pixelType, ZYN_PIXEL_RGB8);
   EXPECT_EQ(chain.Timer().Count(), 0);

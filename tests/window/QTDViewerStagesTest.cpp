@@ -4,6 +4,7 @@
 #include "Harness.h"
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/window/QTDViewer.h"
+#include "cpu/stages/CPUIPExposureColoration.h"
 
 namespace {
 
@@ -27,8 +28,9 @@ class RecordingChain : public ZynImgProcessingChain {
   ZynImgProcessor* FindProcessor(const char*) override { return nullptr; }
   uint32_t AddProcessor(const char* name, ZynImgProcessor* stage) override {
     names.emplace_back(name);
-    if (answer == 0) stages.push_back(stage);
-    return answer;
+    if (name == refused) return 4;
+    stages.push_back(stage);
+    return 0;
   }
   uint32_t InsertProcessor(const char*, const char*, ZynImgProcessor*) override { return 7; }
   uint32_t RemoveProcessor(const char*) override { return 2; }
@@ -43,7 +45,7 @@ class RecordingChain : public ZynImgProcessingChain {
   std::vector<std::string> names;
   std::vector<ZynImgProcessor*> stages;
   ZynImage* last = nullptr;
-  uint32_t answer = 0;
+  std::string refused;  // the name of the stage that it does not take
 };
 
 class QTDViewerStagesTest : public testing::Test {
@@ -71,8 +73,8 @@ TEST_F(QTDViewerStagesTest, adds_a_stage_that_makes_8_bit_rgb) {
   const ZynImage format = Format(64, 48, ZYN_PIXEL_MONO12);
   ASSERT_EQ(0u, viewer.attachProcessor(&format, &chain));
   EXPECT_EQ(0u, viewer.LastError());
-  ASSERT_EQ(std::vector<std::string>{"image.display"}, chain.names);
-  ASSERT_EQ(1u, chain.stages.size());
+  ASSERT_EQ((std::vector<std::string>{"image.display", "image.coloration"}), chain.names);
+  ASSERT_EQ(2u, chain.stages.size());
   const ZynImage* source = chain.stages[0]->GetImageInfo(true);
   ASSERT_TRUE(source);
   EXPECT_EQ(ZYN_PIXEL_MONO12, source->pixelType);
@@ -85,6 +87,22 @@ TEST_F(QTDViewerStagesTest, adds_a_stage_that_makes_8_bit_rgb) {
   EXPECT_EQ(48u, output->height);
   EXPECT_EQ(ZYN_PIXEL_MONO12, viewer.stageSource->pixelType);
   EXPECT_EQ(ZYN_PIXEL_RGB8, viewer.stageOutput->pixelType);
+}
+
+TEST_F(QTDViewerStagesTest, adds_an_exposure_coloration_that_is_off) {
+  const ZynImage format = Format(64, 48, ZYN_PIXEL_MONO12);
+  ASSERT_EQ(0u, viewer.attachProcessor(&format, &chain));
+  ASSERT_EQ(2u, chain.stages.size());
+  auto* coloration = dynamic_cast<CPUIPExposureColoration*>(chain.stages[1]);
+  ASSERT_TRUE(coloration);
+  EXPECT_EQ(&chain.component, coloration->GetParent());
+  EXPECT_FALSE(coloration->IsEnabled());
+  EXPECT_TRUE(coloration->Enable(true));  // counted down once only
+  const ZynImage* picture = coloration->GetImageInfo(true);
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(ZYN_PIXEL_RGB8, picture->pixelType);
+  EXPECT_EQ(64u, picture->width);
+  EXPECT_EQ(48u, picture->height);
 }
 
 TEST_F(QTDViewerStagesTest, starts_from_the_chains_last_format) {
@@ -141,9 +159,15 @@ TEST_F(QTDViewerStagesTest, a_stage_that_refuses_the_format_fails) {
 
 TEST_F(QTDViewerStagesTest, a_stage_that_the_chain_refuses_fails) {
   const ZynImage format = Format(64, 48, ZYN_PIXEL_MONO8);
-  chain.answer = 4;
+  chain.refused = "image.display";
   ExpectFailure(1, &format, &chain);
   EXPECT_EQ(std::vector<std::string>{"image.display"}, chain.names);
+  chain.refused = "image.coloration";
+  ExpectFailure(1, &format, &chain);
+  ASSERT_EQ(1u, chain.stages.size());  // the display stage is the chain's already
+  EXPECT_EQ("image.coloration", chain.names.back());
+  chain.refused.clear();
+  EXPECT_EQ(0u, viewer.attachProcessor(&format, &chain));
 }
 
 TEST_F(QTDViewerStagesTest, releases_its_records) {

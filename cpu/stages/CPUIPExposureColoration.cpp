@@ -1,0 +1,278 @@
+#include "cpu/stages/CPUIPExposureColoration.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+#include "QTD/frame/ArgumentView.h"
+#include "QTD/frame/Logging.h"
+#include "QTD/frame/Text.h"
+#include "QTD/image/ImageRecord.h"
+#include "QTD/image/PixelFormats.h"
+#include "ZynPixelFormat.h"
+#include "cpu/stages/CPUIPImage.h"
+#include "cpu/stages/ColorationKernels.h"
+
+namespace {
+
+struct Default {
+  const char* name;
+  const char* value;
+};
+
+// In the order in which they are written back: thresholds first.
+constexpr Default kDefaults[] = {
+    {"thres.lo", "-1"}, {"thres.hi", "-1"}, {"color.lo", "65280"}, {"color.hi", "255"}};
+
+constexpr uint32_t kPictureBits = 24;
+constexpr uint32_t kPictureBytes = 3;
+constexpr uint32_t kByteDepth = 8;
+constexpr uint32_t kMostDepth = 16;
+
+// The chain's stage of unmarked values, found anew for every use. While this lives no stage leaves the chain:
+// its lock is held, and so is taken before any stage's.
+class UnpackedStage {
+ public:
+  explicit UnpackedStage(ZynComponent* parent)
+      : chain(dynamic_cast<ZynImgProcessingChain*>(parent)), guard(LockOf(chain)) {
+    try {
+      stage = chain ? chain->FindProcessor("image.unpacked") : nullptr;
+    } catch (...) {  // a host's chain
+    }
+    // A coloration under that name has no values of its own, and may be the very one that asks.
+    if (dynamic_cast<ZynDisplayQT::ExposureColoration*>(stage)) stage = nullptr;
+  }
+
+  ZynImgProcessor* Stage() const { return stage; }
+
+ private:
+  static std::recursive_mutex* LockOf(ZynImgProcessingChain* chain) {
+    auto* const data = dynamic_cast<QTD::ImageProcessorData*>(chain);
+    return data ? &data->OperationLock().mutex : nullptr;
+  }
+
+  ZynImgProcessingChain* chain;
+  QTD::RMutexLock guard;
+  ZynImgProcessor* stage = nullptr;
+};
+
+// Correction and overlay work in place, on the very image that "image.unpacked" gave: it keeps a copy aside.
+void KeepValues(ZynImgProcessor* unpacked, bool on) {
+  if (auto* const image = dynamic_cast<CPUIPImage*>(unpacked)) image->KeepUntouched(on);
+}
+
+// The bytes of a colour 0x00BBGGRR in the order of the picture's samples.
+void SplitColor(uint32_t color, bool blueFirst, uint8_t (&bytes)[kPictureBytes]) {
+  for (uint32_t n = 0; n < kPictureBytes; ++n) {
+    bytes[n] = static_cast<uint8_t>(color >> 8 * (blueFirst ? kPictureBytes - 1 - n : n));
+  }
+}
+
+// Whether each line, of `lineBytes`, lies within its pitch and all of them in the buffer.
+bool HoldsLines(const ZynImage& image, uint64_t lineBytes) {
+  return lineBytes <= image.linePitch &&
+         uint64_t{image.linePitch} * (image.height - 1) + lineBytes <= image.imageSize;
+}
+
+bool HasPicture(const ZynImage* image) {
+  return image && image->width != 0 && image->height != 0 && image->imageData;
+}
+
+}  // namespace
+
+ZynImgProcessor* ZynDisplayCPU::ExposureColoration::CreateComponent(ZynComponent* parent) {
+  return new CPUIPExposureColoration(parent);
+}
+
+void ZynDisplayCPU::ExposureColoration::DeleteComponent(ZynImgProcessor* stage) {
+  delete stage;
+}
+
+CPUIPExposureColoration::CPUIPExposureColoration(ZynComponent* parentComponent)
+    : CPUStage(parentComponent, "coloration.cpu", "CPUIPExposureColoration") {}
+
+CPUIPExposureColoration::~CPUIPExposureColoration() {
+  CPUIPExposureColoration::Release();
+}
+
+void CPUIPExposureColoration::Release() {
+  const QTD::RMutexLock guard(lock);
+  Reset();
+  lowColor = highColor = 0;
+  lowThreshold = highThreshold = 0;
+}
+
+bool CPUIPExposureColoration::Enable(bool on) {
+  const UnpackedStage unpacked(parent);
+  if (unpacked.Stage()) unpacked.Stage()->Enable(on);
+  const bool enabled = CPUStage::Enable(on);
+  KeepValues(unpacked.Stage(), enabled);
+  return enabled;
+}
+
+// Preparing.
+
+uint32_t CPUIPExposureColoration::Init(const ZynImage* source, const ZynImage*) {
+  // A copy, since the caller may hand in a record of this stage, which goes now.
+  const ZynImage format = source ? *source : ZynImage{};
+  const UnpackedStage unpacked(parent);
+  const QTD::RMutexLock guard(lock);
+  Release();
+  if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
+  if (QTD::IsPackedFormat(format.pixelType) || QTD::IsCfaFormat(format.pixelType) ||
+      format.pixelType == ZYN_PIXEL_YUV422_8_UYVY) {
+    return Finish(QTD::kStageFormat);
+  }
+  if (format.height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) {
+    return Finish(QTD::kStageNoMemory);
+  }
+  const auto height = static_cast<int32_t>(format.height);
+  sourceInfo =
+      QTD::ImageCreateHeader(nullptr, format.width, format.origin == 1 ? -height : height, format.pixelType);
+  if (!sourceInfo) return Finish(QTD::kStageNoMemory);
+  outputInfo = sourceInfo;  // in place: one record for both
+  try {
+    Apply(unpacked.Stage());  // without the stage, or its format, this one is not ready yet
+  } catch (...) {             // a parameter that is no number: the caller's matter
+    Release();
+    throw;
+  }
+  KeepValues(unpacked.Stage(), IsEnabled());
+  return Finish(0);
+}
+
+// All four are parsed before one is taken: after a text without a number everything is as it was.
+void CPUIPExposureColoration::ReadParameters(const ZynImage& values) {
+  int numbers[4];
+  for (size_t n = 0; n < 4; ++n) numbers[n] = parameters.GetInt(kDefaults[n].name, kDefaults[n].value);
+  const int32_t largest = (1 << std::min(values.bitDepth, kMostDepth)) - 1;
+  const int32_t most = QTD::IsRgbFormat(values.pixelType) ? 3 * largest : largest;
+  lowThreshold = numbers[0] < 0 ? 1 : numbers[0];
+  highThreshold = numbers[1] < 0 ? most - 1 : numbers[1];
+  lowColor = static_cast<uint32_t>(numbers[2]);
+  highColor = static_cast<uint32_t>(numbers[3]);
+  ready = true;
+}
+
+// Reads the parameters against what the stage puts out; answers whether this stage is ready.
+bool CPUIPExposureColoration::Apply(ZynImgProcessor* unpacked) {
+  const ZynImage* const info = unpacked ? unpacked->GetImageInfo(false) : nullptr;
+  if (info) {
+    ReadParameters(*info);
+  } else {
+    ready = false;
+  }
+  return ready;
+}
+
+// Commands.
+
+uint32_t CPUIPExposureColoration::ExecuteCommand(const char* command) {
+  const std::string wanted = command ? command : "";
+  const UnpackedStage unpacked(parent);
+  const QTD::RMutexLock guard(lock);
+  if (wanted == "params.apply") return Finish(Apply(unpacked.Stage()) ? 0u : uint32_t{ZYN_ERR_FAILED});
+  if (wanted == "params.reset") {
+    ResetParameters();
+    return Finish(0);
+  }
+  return Finish(ZYN_ERR_NOT_SUPPORTED);
+}
+
+void CPUIPExposureColoration::ResetParameters() {
+  for (const Default& entry : kDefaults) parameters.Set(entry.name, entry.value);
+  ready = false;
+}
+
+uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS* args) {
+  const std::string wanted = command ? command : "";
+  const bool apply = wanted == "cmd.params.apply" && args;
+  if (!apply && wanted != "cmd.params.reset") return 0;
+  const UnpackedStage unpacked(parent);
+  const QTD::RMutexLock guard(lock);
+  if (!apply) {
+    ResetParameters();
+    return 1;
+  }
+  QTD::ArgumentView view(args);
+  int numbers[4];
+  for (size_t n = 0; n < 4; ++n) {
+    const Default& entry = kDefaults[n];
+    numbers[n] = view.GetInt(entry.name, parameters.GetString(entry.name, entry.value));
+  }
+  for (size_t n = 0; n < 4; ++n) parameters.Set(kDefaults[n].name, QTD::ToText(numbers[n]));
+  return Apply(unpacked.Stage()) ? 1 : 0;
+}
+
+// Running.
+
+uint32_t CPUIPExposureColoration::ProcessImage(const ZynImage* source, ZynImage*, void*) {
+  try {
+    ZYN_TRACE(log, "CPUIPExposureColoration::ProcessImage()");
+    const UnpackedStage unpacked(parent);
+    const QTD::RMutexLock guard(lock);
+    out = nullptr;
+    return Finish(Run(source, unpacked.Stage()));
+  } catch (...) {
+    return Finish(ZYN_ERR_FAILED);
+  }
+}
+
+uint32_t CPUIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* unpacked) {
+  const ZynImage* const result = unpacked ? unpacked->Out() : nullptr;
+  if (!source || !source->imageData || !HasPicture(result)) return ZYN_ERR_BAD_ARGUMENT;
+  if (IsEnabled()) {
+    KeepValues(unpacked, true);  // from the next image on, should nobody have asked for it yet
+    if (!ready) {
+      try {
+        const ZynImage* const info = unpacked->GetImageInfo(false);
+        ReadParameters(info ? *info : *result);
+      } catch (const std::logic_error&) {  // a parameter that is no number
+        return ZYN_ERR_NOT_READY;
+      }
+    }
+    // The picture's depth counts here, not that of the values: with no low threshold, a high one above the
+    // picture's own range marks nothing, even where deeper values pass it.
+    const int64_t range = int64_t{1} << std::min(source->bitDepth, 32u);
+    if (lowThreshold > 0 || highThreshold < range) {
+      auto* const image = dynamic_cast<CPUIPImage*>(unpacked);
+      const ZynImage* const untouched = image ? image->Untouched() : nullptr;
+      if (const uint32_t code = MarkPicture(*source, untouched ? *untouched : *result)) return code;
+    }
+  }
+  out = const_cast<ZynImage*>(source);
+  return 0;
+}
+
+uint32_t CPUIPExposureColoration::MarkPicture(const ZynImage& picture, const ZynImage& values) {
+  using ColorationKernels::Values;
+  if (picture.bitDepth != kByteDepth || QTD::BitsPerPixel(picture.pixelType) != kPictureBits) {
+    return ZYN_ERR_FAILED;
+  }
+  if (picture.width == 0 || picture.height == 0) return 0;
+  ColorationKernels::Job job{};
+  const bool bytes = values.bitDepth == kByteDepth;
+  if (QTD::IsRgbFormat(values.pixelType)) {
+    job.values = bytes ? Values::kByteSum : Values::kWordSum;
+  } else {
+    job.values = bytes ? Values::kByte : Values::kWord;
+  }
+  if (!HoldsLines(picture, uint64_t{picture.width} * kPictureBytes) ||
+      !HoldsLines(values, uint64_t{values.width} * ColorationKernels::BytesOf(job.values))) {
+    return ZYN_ERR_FAILED;
+  }
+  job.source = values.imageData;
+  job.sourcePitch = values.linePitch;
+  job.picture = picture.imageData;
+  job.picturePitch = picture.linePitch;
+  job.width = std::min(picture.width, values.width);
+  job.height = std::min(picture.height, values.height);
+  job.low = lowThreshold;
+  job.high = highThreshold;
+  const bool blueFirst = QTD::IsBgrFormat(picture.pixelType);
+  SplitColor(lowColor, blueFirst, job.lowColor);
+  SplitColor(highColor, blueFirst, job.highColor);
+  ColorationKernels::RunJob(job);
+  return 0;
+}

@@ -1,0 +1,33 @@
+#include "cpu/stages/UntouchedCopy.h"
+
+#include <limits>
+
+#include "QTD/image/ImageRecord.h"
+#include "QTD/image/PixelFormats.h"
+#include "cpu/stages/ImageConversion.h"
+
+UntouchedCopy::~UntouchedCopy() {
+  SetWanted(false);
+}
+
+void UntouchedCopy::SetWanted(bool on) {
+  wanted = on;
+  if (on) return;
+  taken = false;
+  QTD::ImageDelete(image);
+}
+
+void UntouchedCopy::Take(const ZynImage* result) {
+  taken = wanted && result && !QTD::IsCfaFormat(result->pixelType) && Copy(*result);
+}
+
+bool UntouchedCopy::Copy(const ZynImage& result) {
+  const bool fits = image && image->width == result.width && image->height == result.height &&
+                    image->pixelType == result.pixelType;
+  if (!fits) {
+    QTD::ImageDelete(image);
+    if (result.height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) return false;
+    image = QTD::ImageCreate(nullptr, result.width, static_cast<int32_t>(result.height), result.pixelType);
+  }
+  return image && CopyPixels(result, *image, aside);
+}

@@ -1,0 +1,90 @@
+// Commands of the exposure coloration from other threads, while its chain runs and loses stages.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include "QTD/chain/QTDProcessor.h"
+#include "ZynPixelFormat.h"
+#include "chain/ChainFakes.h"
+#include "cpu/stages/CPUIPExposureColoration.h"
+#include "cpu/stages/CPUIPImage.h"
+
+using chain_test::Picture;
+
+namespace {
+
+struct ColorationThreads : testing::Test {
+  ColorationThreads() {
+    EXPECT_EQ(chain.Init(source), 0u);
+    const Picture header(64, 48, ZYN_PIXEL_RGB8);
+    auto display = std::make_unique<CPUIPImage>(nullptr);
+    EXPECT_EQ(display->Init(source, header), 0u);
+    EXPECT_EQ(chain.AddProcessor("image.display", display.release()), 0u);
+    auto stage = std::make_unique<CPUIPExposureColoration>(&chain);
+    EXPECT_EQ(stage->Init(header, nullptr), 0u);
+    coloration = stage.release();
+    EXPECT_EQ(chain.AddProcessor("image.coloration", coloration), 0u);
+  }
+
+  void AddUnpacked() {
+    auto stage = std::make_unique<CPUIPImage>(nullptr);
+    EXPECT_EQ(stage->Init(source, nullptr), 0u);
+    // The name is free, and the stage stands first.
+    EXPECT_EQ(chain.InsertProcessor("image.output", "image.unpacked", stage.release()), 0u);
+  }
+
+  Picture source{64, 48, ZYN_PIXEL_MONO12};
+  QTDProcessor chain{nullptr, false};
+  CPUIPExposureColoration* coloration = nullptr;
+};
+
+}  // namespace
+
+TEST_F(ColorationThreads, commands_wait_for_a_run_and_no_run_for_them) {
+  std::atomic<bool> stop{false};
+  std::atomic<int> failures{0}, commands{0};
+  const auto repeat = [&](auto work) {
+    return std::thread([&stop, work] {
+      while (!stop) {
+        work();
+        std::this_thread::yield();
+      }
+    });
+  };
+  std::thread threads[] = {
+      repeat([&] {
+        coloration->Enable(true);
+        coloration->Enable(false);
+        ++commands;
+      }),
+      repeat([&] {
+        QTD::ARGUMENTS args{{"thres.lo", "10"}};
+        coloration->RunCommand("cmd.params.apply", &args);
+        coloration->ExecuteCommand("params.reset");
+        coloration->ExecuteCommand("params.apply");
+        ++commands;
+      }),
+      repeat([&] {
+        const Picture header(64, 48, ZYN_PIXEL_RGB8);
+        failures += coloration->Init(header, nullptr) != 0;
+        coloration->ProcessImage(header, nullptr, nullptr);
+        coloration->Out();
+        coloration->GetImageInfo(false);
+        coloration->Release();
+      }),
+  };
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+  while (std::chrono::steady_clock::now() < end || commands < 20) {
+    failures += chain.ProcessImage(source, nullptr, nullptr) != 0;
+    // The stage that the commands look up goes and comes back.
+    failures += chain.RemoveProcessor("image.unpacked") != 0;
+    AddUnpacked();
+    std::this_thread::yield();
+  }
+  stop = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(failures, 0);
+}
