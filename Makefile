@@ -3,7 +3,7 @@
 
 ARGS ?=
 
-.PHONY: run test bench build deps clean
+.PHONY: run test bench gallery build deps clean
 
 run: deps build
 	tools/with-screen build/release/apps/zynview/zynview $(if $(DISPLAY),,--seconds 5 --save build/zynview.png) $(ARGS)
@@ -20,6 +20,10 @@ test: deps
 
 bench: deps build
 	tools/with-screen --virtual build/release/bench/zynbench
+
+# The pictures of docs/gallery.md.
+gallery: deps build
+	tools/with-screen --virtual tools/make-gallery build/release/apps/zynview/zynview
 
 clean:
 	rm -rf build

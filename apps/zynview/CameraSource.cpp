@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "PixelNames.h"
+#include "PixelTable.h"
 
 namespace zynview {
 

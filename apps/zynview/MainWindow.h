@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "ColorControls.h"
 #include "Feed.h"
 #include "Options.h"
 #include "ZynDisplay.h"
@@ -30,6 +31,8 @@ class MainWindow : public QMainWindow {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  // Keys reach the display's own window: they are seen on the way there.
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   // Hears of every image that the display has processed.
@@ -40,14 +43,19 @@ class MainWindow : public QMainWindow {
     std::atomic<int> lastResult{0};
   };
 
+  // Answers whether it was one of the viewer's keys.
+  bool HandleKey(int key, bool shift);
+  void ShowColors(const QString& problem);
   void ShowRates();
   bool SavePicture();
 
   Options options;
   Receiver receiver;
   std::unique_ptr<ZynDisplayProcessor, void (*)(ZynDisplayProcessor*)> display;
+  ColorControls colors;
   std::unique_ptr<Feed> feed;
   QLabel* sourceLabel;
+  QLabel* colorLabel;
   QLabel* rateLabel;
   QTimer* timer;
   QElapsedTimer clock, interval;

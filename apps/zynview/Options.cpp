@@ -2,12 +2,20 @@
 
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <algorithm>
+#include <cmath>
 
-#include "PixelNames.h"
+#include "PixelTable.h"
 
 namespace zynview {
 
 namespace {
+
+constexpr char kDescription[] =
+    "Shows live cameras, pictures, raw dumps or a test scene through ZynDisplayQt.\n"
+    "\n"
+    "Keys: M next demosaicing method; G and Shift+G more and less gain;\n"
+    "R resets gain, offset and gamma; E marks the exposure.";
 
 struct Row {
   const char* name;
@@ -19,15 +27,26 @@ constexpr Row kRows[] = {
     {"camera", "Open this camera: id or address (default: the first one found, else the simulator).", "id"},
     {"simulator", "Open the camera simulator on loopback.", nullptr},
     {"scene", "Show the built-in test scene.", nullptr},
-    {"format", "Pixel format: of a raw dump, of the scene, or to ask the camera for, such as Mono12.",
+    {"format",
+     "Pixel format, such as BayerRG12p: of a raw dump, of the scene, to draw a picture in, or to ask the "
+     "camera for.",
      "name"},
     {"size", "Width and height of a raw dump or of the scene, such as 1936x1216.", "WxH"},
     {"pitch", "Bytes from line to line of a raw dump.", "bytes"},
     {"rate", "Frames per second of files and scene; 0 is as fast as it goes.", "number"},
     {"seconds", "End after so many seconds.", "number"},
     {"save", "Save the window's picture at the end.", "file"},
-    {"opengl", "Show through OpenGL.", nullptr},
+    {"window", "Start with so many pixels for the picture, such as 640x480.", "WxH"},
+    {"bare", "Show no status line.", nullptr},
+    {"demosaicing", "Method for Bayer formats: 0 live, 1 bilinear, 2 better, 3 best.", "0..3"},
+    {"gain", "Multiply red, green and blue; one number for all. Needs more than 8 bits.", "R,G,B"},
+    {"offset", "Add to red, green and blue after the gain, as fractions of the range.", "R,G,B"},
+    {"gamma", "Exponent after gain and offset, on values of 0 to 1; below 1 brightens.", "number"},
+    {"mark-exposure", "Colour what is too dark green, and what is too bright red.", nullptr},
 };
+
+// Beyond these the correction's numbers leave what a picture can show.
+constexpr double kLeastGamma = 0.1, kMostGamma = 10;
 
 bool ReadSize(const QString& text, QSize* size) {
   const QStringList parts = text.split(QLatin1Char('x'));
@@ -46,12 +65,48 @@ bool ReadNumber(const QCommandLineParser& parser, const char* name, double* numb
   return false;
 }
 
+// One number for all three channels, or three with commas.
+bool ReadChannels(const QCommandLineParser& parser, const char* name, std::array<double, 3>* channels,
+                  QString* error) {
+  const QString option = QString::fromLatin1(name);
+  if (!parser.isSet(option)) return true;
+  const QStringList parts = parser.value(option).split(QLatin1Char(','));
+  bool good = parts.size() == 1 || parts.size() == 3;
+  for (int i = 0; good && i < 3; ++i) {
+    double& channel = (*channels)[static_cast<std::size_t>(i)];
+    channel = parts[parts.size() == 3 ? i : 0].toDouble(&good);
+    good = good && std::isfinite(channel);
+  }
+  if (!good) *error = QStringLiteral("--%1 wants one number, or three such as 1.9,1,1.3").arg(option);
+  return good;
+}
+
+bool ReadColor(const QCommandLineParser& parser, ColorSettings* color, QString* error) {
+  double method = color->demosaicing;
+  if (!ReadNumber(parser, "demosaicing", &method, error) ||
+      !ReadNumber(parser, "gamma", &color->gamma, error) ||
+      !ReadChannels(parser, "gain", &color->gain, error) ||
+      !ReadChannels(parser, "offset", &color->offset, error)) {
+    return false;
+  }
+  color->demosaicing = static_cast<int>(std::min(method, 100.0));
+  color->markExposure = parser.isSet(QStringLiteral("mark-exposure"));
+  if (color->demosaicing != method || color->demosaicing >= ColorSettings::kMethods) {
+    *error = QStringLiteral("--demosaicing wants 0, 1, 2 or 3");
+    return false;
+  }
+  if (color->gamma < kLeastGamma || color->gamma > kMostGamma) {
+    *error = QStringLiteral("--gamma wants a number from %1 to %2").arg(kLeastGamma).arg(kMostGamma);
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool ReadOptions(const QStringList& arguments, Options* options, QString* error) {
   QCommandLineParser parser;
-  parser.setApplicationDescription(
-      QStringLiteral("Shows live cameras, pictures, raw dumps or a test scene through ZynDisplayQt."));
+  parser.setApplicationDescription(QString::fromLatin1(kDescription));
   parser.addHelpOption();
   parser.addVersionOption();
   parser.addPositionalArgument(
@@ -69,7 +124,7 @@ bool ReadOptions(const QStringList& arguments, Options* options, QString* error)
 
   options->camera = value("camera");
   options->save = value("save");
-  options->opengl = isSet("opengl");
+  options->bare = isSet("bare");
   if (isSet("simulator")) options->source = Options::Simulator;
   if (isSet("scene")) options->source = Options::Scene;
   if (isSet("format")) {
@@ -83,9 +138,14 @@ bool ReadOptions(const QStringList& arguments, Options* options, QString* error)
     *error = QStringLiteral("--size wants WIDTHxHEIGHT, such as 1936x1216");
     return false;
   }
+  if (isSet("window") && !ReadSize(value("window"), &options->window)) {
+    *error = QStringLiteral("--window wants WIDTHxHEIGHT, such as 640x480");
+    return false;
+  }
   double pitch = 0;
   if (!ReadNumber(parser, "pitch", &pitch, error) || !ReadNumber(parser, "rate", &options->rate, error) ||
-      !ReadNumber(parser, "seconds", &options->seconds, error)) {
+      !ReadNumber(parser, "seconds", &options->seconds, error) ||
+      !ReadColor(parser, &options->color, error)) {
     return false;
   }
   options->pitch = static_cast<uint32_t>(std::min(pitch, 1e9));

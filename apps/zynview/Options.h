@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <cstdint>
 
+#include "ColorSettings.h"
+
 namespace zynview {
 
 struct Options {
@@ -18,7 +20,9 @@ struct Options {
   double rate = 25;    // frames per second of files and scene; 0: as fast as it goes
   double seconds = 0;  // 0: until the window is closed
   QString save;        // where the window's picture goes at the end
-  bool opengl = false;
+  QSize window;        // of the picture's part of the window; empty: a useful one
+  bool bare = false;   // no status line
+  ColorSettings color;
 };
 
 // Reads the command line; on a mistake, `error` says which. Answers help and version itself and ends the

@@ -1,175 +1,159 @@
 #include "PixelEncoder.h"
 
-#include <QString>
 #include <algorithm>
 #include <array>
-#include <optional>
+#include <cmath>
+#include <string_view>
 
 #include "FrameSource.h"
-#include "PixelNames.h"
-#include "ZynPixelFormat.h"
+#include "PixelPackers.h"
+#include "PixelTable.h"
 
 namespace zynview {
 
 namespace {
 
-enum class Packing { Bytes, Words, Lsb, Packed };
+constexpr double kTop = 65535;
 
-// How a format stores its samples.
-struct Layout {
-  enum Kind { Mono, Bayer, Colour, Uyvy } kind;
-  int depth;
-  Packing packing;
-  std::array<int, 4>
-      channels;  // Bayer: of the four cells; Colour: of the samples in order, -1 for alpha or none
-  int samples;   // of a pixel
-};
+using Pixel = std::array<uint16_t, 3>;
 
-constexpr int kRed = 0, kGreen = 1, kBlue = 2, kNone = -1;
-
-struct Order {
-  const char* name;
-  std::array<int, 4> cells;  // top left, top right, bottom left, bottom right
-};
-
-constexpr Order kOrders[] = {
-    {"GR", {kGreen, kRed, kBlue, kGreen}},
-    {"RG", {kRed, kGreen, kGreen, kBlue}},
-    {"GB", {kGreen, kBlue, kRed, kGreen}},
-    {"BG", {kBlue, kGreen, kGreen, kRed}},
-};
-
-std::optional<Layout> LayoutOf(uint32_t pixelType) {
-  const QString name = PixelNameOf(pixelType);
-  if (pixelType == ZYN_PIXEL_YUV422_8_UYVY) return Layout{Layout::Uyvy, 8, Packing::Bytes, {}, 2};
-  if (name.contains(QLatin1String("Brio"), Qt::CaseInsensitive)) return std::nullopt;
-
-  Layout layout{Layout::Mono, 8, Packing::Bytes, {kGreen, kNone, kNone, kNone}, 1};
-  for (const int depth : {8, 10, 12, 14, 16}) {
-    if (name.contains(QString::number(depth))) layout.depth = depth;
-  }
-  if (layout.depth > 8) layout.packing = Packing::Words;
-  if (name.endsWith(QLatin1Char('p'))) layout.packing = Packing::Lsb;
-  if (name.endsWith(QLatin1String("Packed"))) layout.packing = Packing::Packed;
-
-  if (name.startsWith(QLatin1String("Mono"))) return layout;
-  if (name.startsWith(QLatin1String("Bayer"))) {
-    layout.kind = Layout::Bayer;
-    for (const Order& order : kOrders) {
-      if (name.mid(5, 2) == QLatin1String(order.name)) layout.channels = order.cells;
-    }
-    return layout;
-  }
-  const bool rgb = name.startsWith(QLatin1String("RGB")), bgr = name.startsWith(QLatin1String("BGR"));
-  if (!rgb && !bgr) return std::nullopt;
-  layout.kind = Layout::Colour;
-  layout.channels =
-      rgb ? std::array<int, 4>{kRed, kGreen, kBlue, kNone} : std::array<int, 4>{kBlue, kGreen, kRed, kNone};
-  layout.samples = name.contains(QLatin1Char('a')) ? 4 : 3;
-  return layout;
+Pixel PixelAt(const ColourPicture& picture, uint32_t x, uint32_t y) {
+  const uint16_t* samples = picture.Pixel(x, y);
+  return {samples[0], samples[1], samples[2]};
 }
 
-uint16_t Luminance(const uint16_t* pixel) {
-  // ITU-R BT.709 weights.
-  return static_cast<uint16_t>(0.2126 * pixel[0] + 0.7152 * pixel[1] + 0.0722 * pixel[2]);
+Pixel Mean(const Pixel& a, const Pixel& b) {
+  Pixel mean{};
+  for (std::size_t i = 0; i < mean.size(); ++i) mean[i] = static_cast<uint16_t>((a[i] + b[i] + 1) / 2);
+  return mean;
 }
 
-// The samples of one line in the format's depth, one for each sample that is stored.
-void SampleLine(const ColourPicture& picture, const Layout& layout, uint32_t y, std::vector<uint16_t>& line) {
-  const int shift = 16 - layout.depth;
-  line.clear();
+uint16_t Whole(double value) {
+  return static_cast<uint16_t>(std::lround(value));
+}
+
+// ITU-R BT.709, over the whole range.
+uint16_t Luminance(const Pixel& pixel) {
+  return Whole(0.2126 * pixel[0] + 0.7152 * pixel[1] + 0.0722 * pixel[2]);
+}
+
+// ITU-R BT.601, 0 to 1.
+double Luma(const Pixel& pixel) {
+  return (0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2]) / kTop;
+}
+
+// A level of 0 to 255 in the depth of the format.
+uint16_t Level(double level, int depth) {
+  return Whole(level * (1 << (depth - 8)));
+}
+
+uint16_t SampleOf(char kind, const Pixel& pixel, int depth) {
+  const int shift = 16 - depth;
+  const auto cut = [shift](uint16_t sample) { return static_cast<uint16_t>(sample >> shift); };
+  switch (kind) {
+    case 'R':
+      return cut(pixel[0]);
+    case 'G':
+      return cut(pixel[1]);
+    case 'B':
+      return cut(pixel[2]);
+    case 'L':
+      return cut(Luminance(pixel));
+    case 'W':
+      return cut(static_cast<uint16_t>((pixel[0] + pixel[1] + pixel[2]) / 3));
+    case 'Y':
+      return Level(16 + 219 * Luma(pixel), depth);
+    case 'U':
+      return Level(128 + 224 * (pixel[2] / kTop - Luma(pixel)) / 1.772, depth);
+    case 'V':
+      return Level(128 + 224 * (pixel[0] / kTop - Luma(pixel)) / 1.402, depth);
+    default:  // opaque
+      return cut(0xFFFF);
+  }
+}
+
+// The cells of a mosaic's line, repeated along it.
+std::string_view MosaicLine(std::string_view cells, uint32_t y) {
+  const std::size_t columns = cells.find('/');
+  const std::size_t lines = (cells.size() + 1) / (columns + 1);
+  return cells.substr(y % lines * (columns + 1), columns);
+}
+
+void SampleMosaicLine(const ColourPicture& picture, const PixelRow& row, uint32_t y,
+                      std::vector<uint16_t>& line) {
+  const auto phase = static_cast<uint32_t>(row.phase);
+  const std::string_view cells = MosaicLine(row.samples, y + (phase >> 1));
   for (uint32_t x = 0; x < picture.width; ++x) {
-    const uint16_t* pixel = picture.Pixel(x, y);
-    if (layout.kind == Layout::Mono) {
-      line.push_back(static_cast<uint16_t>(Luminance(pixel) >> shift));
-    } else if (layout.kind == Layout::Bayer) {
-      const int channel = layout.channels[(y % 2) * 2 + x % 2];
-      line.push_back(static_cast<uint16_t>(pixel[channel] >> shift));
-    } else {
-      for (int sample = 0; sample < layout.samples; ++sample) {
-        const int channel = layout.channels[static_cast<std::size_t>(sample)];
-        line.push_back(static_cast<uint16_t>((channel == kNone ? 0xFFFF : pixel[channel]) >> shift));
-      }
+    const char kind = cells[(x + (phase & 1)) % cells.size()];
+    line.push_back(SampleOf(kind, PixelAt(picture, x, y), row.depth));
+  }
+}
+
+// Pixels that share their samples.
+uint32_t PixelsTogether(const PixelRow& row) {
+  const std::string_view samples(row.samples);
+  return std::count(samples.begin(), samples.end(), 'Y') == 2 ? 2 : 1;
+}
+
+void SamplePixelLine(const ColourPicture& picture, const PixelRow& row, uint32_t y,
+                     std::vector<uint16_t>& line) {
+  const uint32_t together = PixelsTogether(row);
+  for (uint32_t x = 0; x + together <= picture.width; x += together) {
+    const Pixel first = PixelAt(picture, x, y), last = PixelAt(picture, x + together - 1, y);
+    const Pixel mean = together == 2 ? Mean(first, last) : first;
+    bool firstTaken = false;
+    for (const char kind : std::string_view(row.samples)) {
+      const bool own = kind == 'Y';
+      line.push_back(SampleOf(kind, !own ? mean : firstTaken ? last : first, row.depth));
+      firstTaken = firstTaken || own;
     }
   }
 }
 
-// Bytes U Y V Y of pixel pairs, ITU-R BT.601, full range.
-void UyvyLine(const ColourPicture& picture, uint32_t y, uint8_t* target) {
-  for (uint32_t x = 0; x + 1 < picture.width; x += 2) {
-    double u = 0, v = 0;
-    std::array<double, 2> luma{};
-    for (uint32_t i = 0; i < 2; ++i) {
-      const uint16_t* pixel = picture.Pixel(x + i, y);
-      const double red = pixel[0] / 257.0, green = pixel[1] / 257.0, blue = pixel[2] / 257.0;
-      luma[i] = 0.299 * red + 0.587 * green + 0.114 * blue;
-      u += 0.5 * 0.564 * (blue - luma[i]);
-      v += 0.5 * 0.713 * (red - luma[i]);
-    }
-    const auto byte = [](double value) { return static_cast<uint8_t>(std::clamp(value + 0.5, 0.0, 255.0)); };
-    *target++ = byte(u + 128);
-    *target++ = byte(luma[0]);
-    *target++ = byte(v + 128);
-    *target++ = byte(luma[1]);
+void StoreLine(const std::vector<uint16_t>& line, const PixelRow& row, uint8_t* target) {
+  if (row.slot == kPaired) {
+    StorePairs(line, static_cast<unsigned>(row.depth), target);
+    return;
   }
-}
-
-void StoreLine(const std::vector<uint16_t>& line, const Layout& layout, uint8_t* target) {
-  const auto depth = static_cast<unsigned>(layout.depth);
-  switch (layout.packing) {
-    case Packing::Bytes:
-      std::transform(line.begin(), line.end(), target, [](uint16_t v) { return static_cast<uint8_t>(v); });
-      break;
-    case Packing::Words:  // little-endian
-      for (const uint16_t value : line) {
-        *target++ = static_cast<uint8_t>(value);
-        *target++ = static_cast<uint8_t>(value >> 8);
-      }
-      break;
-    case Packing::Lsb: {  // sample after sample, lowest bit first
-      uint32_t bits = 0, count = 0;
-      for (const uint16_t value : line) {
-        bits |= uint32_t{value} << count;
-        for (count += depth; count >= 8; count -= 8, bits >>= 8) *target++ = static_cast<uint8_t>(bits);
-      }
-      if (count) *target = static_cast<uint8_t>(bits);
-      break;
-    }
-    case Packing::Packed: {  // two samples in three bytes: high bits, low bits of both, high bits
-      const unsigned low = depth - 8, mask = (1u << low) - 1;
-      for (std::size_t i = 0; i < line.size(); i += 2) {
-        const unsigned first = line[i], second = i + 1 < line.size() ? line[i + 1] : 0u;
-        *target++ = static_cast<uint8_t>(first >> low);
-        *target++ = static_cast<uint8_t>((first & mask) | ((second & mask) << 4));
-        if (i + 1 < line.size()) *target++ = static_cast<uint8_t>(second >> low);
-      }
-      break;
-    }
-  }
+  const std::size_t group = row.IsMosaic() ? 1 : std::string_view(row.samples).size();
+  const uint32_t groupBits = row.StorageBits() * PixelsTogether(row);
+  StoreSlots(line, static_cast<unsigned>(row.slot), group, groupBits, target);
 }
 
 }  // namespace
 
-bool CanEncode(uint32_t pixelType) {
-  return LayoutOf(pixelType).has_value();
+uint32_t WidthStep(uint32_t pixelType) {
+  const PixelRow* row = FindPixel(pixelType);
+  if (!row) return 0;
+  if (row->slot == kPaired) return 1;  // a last sample without a partner takes two bytes
+  uint32_t step = PixelsTogether(*row);
+  while (step * row->StorageBits() % 8 != 0) step *= 2;
+  return step;
 }
 
 std::vector<uint8_t> EncodePicture(const ColourPicture& picture, uint32_t pixelType) {
-  const std::optional<Layout> layout = LayoutOf(pixelType);
-  const std::size_t lineBytes = LineBytes(pixelType, picture.width);
-  std::vector<uint8_t> bytes(lineBytes * picture.height);
-  if (!layout) return bytes;
-  std::vector<uint16_t> line;
-  for (uint32_t y = 0; y < picture.height; ++y) {
-    uint8_t* target = bytes.data() + y * lineBytes;
-    if (layout->kind == Layout::Uyvy) {
-      UyvyLine(picture, y, target);
-    } else {
-      SampleLine(picture, *layout, y, line);
-      StoreLine(line, *layout, target);
-    }
-  }
+  std::vector<uint8_t> bytes;
+  EncodeLines(picture, pixelType, 0, picture.height, &bytes);
   return bytes;
+}
+
+void EncodeLines(const ColourPicture& picture, uint32_t pixelType, uint32_t first, uint32_t end,
+                 std::vector<uint8_t>* bytes) {
+  const PixelRow* row = FindPixel(pixelType);
+  const uint32_t step = WidthStep(pixelType);
+  if (!row || step == 0 || picture.width % step != 0) return;
+  const std::size_t lineBytes = LineBytes(pixelType, picture.width);
+  bytes->resize(lineBytes * picture.height);
+  std::vector<uint16_t> line;
+  for (uint32_t y = first; y < std::min(end, picture.height); ++y) {
+    line.clear();
+    if (row->IsMosaic()) {
+      SampleMosaicLine(picture, *row, y, line);
+    } else {
+      SamplePixelLine(picture, *row, y, line);
+    }
+    StoreLine(line, *row, bytes->data() + y * lineBytes);
+  }
 }
 
 }  // namespace zynview

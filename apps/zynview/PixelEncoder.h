@@ -16,10 +16,15 @@ struct ColourPicture {
   }
 };
 
-// Whether `EncodePicture` knows the format: monochrome, Bayer, RGB and BGR, plain or packed, and UYVY.
-bool CanEncode(uint32_t pixelType);
+// Lines of a format end at whole bytes, and pixels that share samples stand together, where the width is a
+// multiple of this. 0 for an unknown format.
+uint32_t WidthStep(uint32_t pixelType);
 
-// Lines without padding.
+// Lines without padding. Empty for an unknown format and for a width that is no multiple of `WidthStep`.
 std::vector<uint8_t> EncodePicture(const ColourPicture& picture, uint32_t pixelType);
+
+// The lines from `first` up to, but without, `end` alone, into the bytes of a picture encoded before.
+void EncodeLines(const ColourPicture& picture, uint32_t pixelType, uint32_t first, uint32_t end,
+                 std::vector<uint8_t>* bytes);
 
 }  // namespace zynview

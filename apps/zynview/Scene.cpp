@@ -63,14 +63,31 @@ uint16_t Sample(double level) {
   return static_cast<uint16_t>(std::lround(std::clamp(level, 0.0, 1.0) * 65535));
 }
 
+}  // namespace
+
+ColourPicture DrawBackground(uint32_t width, uint32_t height) {
+  ColourPicture picture{width, height, std::vector<uint16_t>(static_cast<std::size_t>(width) * height * 3)};
+  uint16_t* sample = picture.samples.data();
+  for (uint32_t y = 0; y < height; ++y) {
+    for (uint32_t x = 0; x < width; ++x) {
+      const Colour colour = SceneAt((x + 0.5) / width, (y + 0.5) / height, width, height);
+      *sample++ = Sample(colour.red);
+      *sample++ = Sample(colour.green);
+      *sample++ = Sample(colour.blue);
+    }
+  }
+  return picture;
+}
+
 // A bright disc with a dark cross, on its way round in the grey corner.
-void DrawPart(ColourPicture& picture, double phase) {
+Lines DrawPart(ColourPicture& picture, double phase) {
   const double width = picture.width, height = picture.height;
   const double radius = 0.07 * std::min(width, height);
   const double centreX = width * (0.75 + 0.17 * std::cos(2 * kPi * phase));
   const double centreY = height * (0.80 + 0.11 * std::sin(2 * kPi * phase));
   const auto first = [](double edge) { return static_cast<uint32_t>(std::max(0.0, edge)); };
-  for (uint32_t y = first(centreY - radius); y < std::min<double>(height, centreY + radius); ++y) {
+  const Lines lines{first(centreY - radius), first(std::min(height, std::ceil(centreY + radius)))};
+  for (uint32_t y = lines.first; y < lines.end; ++y) {
     for (uint32_t x = first(centreX - radius); x < std::min<double>(width, centreX + radius); ++x) {
       const double dx = x - centreX, dy = y - centreY;
       if (dx * dx + dy * dy > radius * radius) continue;
@@ -82,23 +99,7 @@ void DrawPart(ColourPicture& picture, double phase) {
       pixel[2] = Sample(colour.blue);
     }
   }
-}
-
-}  // namespace
-
-ColourPicture DrawScene(uint32_t width, uint32_t height, double phase) {
-  ColourPicture picture{width, height, std::vector<uint16_t>(static_cast<std::size_t>(width) * height * 3)};
-  uint16_t* sample = picture.samples.data();
-  for (uint32_t y = 0; y < height; ++y) {
-    for (uint32_t x = 0; x < width; ++x) {
-      const Colour colour = SceneAt((x + 0.5) / width, (y + 0.5) / height, width, height);
-      *sample++ = Sample(colour.red);
-      *sample++ = Sample(colour.green);
-      *sample++ = Sample(colour.blue);
-    }
-  }
-  DrawPart(picture, phase);
-  return picture;
+  return lines;
 }
 
 }  // namespace zynview

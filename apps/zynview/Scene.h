@@ -7,7 +7,15 @@
 
 namespace zynview {
 
-// `phase` 0..1 is the place of the moving part on its way round.
-ColourPicture DrawScene(uint32_t width, uint32_t height, double phase);
+// The scene without its moving part.
+ColourPicture DrawBackground(uint32_t width, uint32_t height);
+
+struct Lines {
+  uint32_t first, end;  // without `end`
+};
+
+// Puts the moving part into a background; `phase` 0..1 is its place on its way round. Answers the lines that
+// it has changed.
+Lines DrawPart(ColourPicture& picture, double phase);
 
 }  // namespace zynview

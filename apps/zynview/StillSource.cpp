@@ -3,12 +3,13 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+#include <QRgba64>
 #include <algorithm>
 #include <chrono>
 
 #include "Pacer.h"
 #include "PixelEncoder.h"
-#include "PixelNames.h"
+#include "PixelTable.h"
 #include "Scene.h"
 #include "ZynPixelFormat.h"
 
@@ -54,17 +55,26 @@ void StillSource::Run(const Sink& sink) {
   }
 }
 
-PictureSource::PictureSource(const QString& fileName, double framesPerSecond)
-    : StillSource(framesPerSecond), file(fileName) {}
+PictureSource::PictureSource(const Options& options) : StillSource(options.rate), file(options.file) {
+  pixelType = options.pixelType;
+}
 
 bool PictureSource::Open(QString* error) {
   QImageReader reader(file);
   reader.setAutoTransform(true);
-  QImage image = reader.read();
+  const QImage image = reader.read();
   if (image.isNull()) {
     *error = QStringLiteral("%1: %2").arg(file, reader.errorString());
+    if (pixelType != 0) *error += QStringLiteral(" (a raw dump wants its --size as well)");
     return false;
   }
+  description = QFileInfo(file).fileName();
+  if (pixelType != 0) return Encode(image, error);
+  Take(image);
+  return true;
+}
+
+void PictureSource::Take(QImage image) {
   const bool deep = image.format() == QImage::Format_Grayscale16;
   const bool grey = deep || image.isGrayscale();
   pixelType = deep ? ZYN_PIXEL_MONO16 : grey ? ZYN_PIXEL_MONO8 : ZYN_PIXEL_RGB8;
@@ -74,7 +84,28 @@ bool PictureSource::Open(QString* error) {
   width = static_cast<uint32_t>(image.width());
   height = static_cast<uint32_t>(image.height());
   frames.push_back(Bytes(image, LineBytes(pixelType, width)));
-  description = QFileInfo(file).fileName();
+}
+
+// The picture as a camera of the format would deliver it. Columns that fill no whole byte are left out.
+bool PictureSource::Encode(const QImage& image, QString* error) {
+  const QImage deep = image.convertToFormat(QImage::Format_RGBA64);
+  width = static_cast<uint32_t>(deep.width());
+  width -= width % WidthStep(pixelType);
+  height = static_cast<uint32_t>(deep.height());
+  if (width == 0) {
+    *error = QStringLiteral("%1 is too small for %2").arg(file, PixelNameOf(pixelType));
+    return false;
+  }
+  ColourPicture picture{width, height, {}};
+  picture.samples.reserve(static_cast<std::size_t>(width) * height * 3);
+  for (int y = 0; y < deep.height(); ++y) {
+    const auto* pixels = reinterpret_cast<const QRgba64*>(deep.constScanLine(y));
+    for (uint32_t x = 0; x < width; ++x) {
+      const QRgba64 pixel = pixels[x];
+      picture.samples.insert(picture.samples.end(), {pixel.red(), pixel.green(), pixel.blue()});
+    }
+  }
+  frames.push_back(EncodePicture(picture, pixelType));
   return true;
 }
 
@@ -122,15 +153,22 @@ SceneSource::SceneSource(const Options& options) : StillSource(options.rate) {
 }
 
 bool SceneSource::Open(QString* error) {
-  if (!CanEncode(pixelType)) {
-    *error = QStringLiteral("the test scene cannot be drawn in %1").arg(PixelNameOf(pixelType));
+  if (const uint32_t step = WidthStep(pixelType); width % step != 0) {
+    *error = QStringLiteral("lines of %1 end at whole bytes: the width has to be a multiple of %2")
+                 .arg(PixelNameOf(pixelType))
+                 .arg(step);
     return false;
   }
   const std::size_t frameBytes = std::size_t{LineBytes(pixelType, width)} * height;
   const int count =
       std::clamp(static_cast<int>(kSceneBytes / std::max<std::size_t>(frameBytes, 1)), 1, kSceneFrames);
+  const ColourPicture background = DrawBackground(width, height);
+  const std::vector<uint8_t> backgroundBytes = EncodePicture(background, pixelType);
   for (int i = 0; i < count; ++i) {
-    frames.push_back(EncodePicture(DrawScene(width, height, static_cast<double>(i) / count), pixelType));
+    ColourPicture picture = background;
+    const Lines changed = DrawPart(picture, static_cast<double>(i) / count);
+    frames.push_back(backgroundBytes);
+    EncodeLines(picture, pixelType, changed.first, changed.end, &frames.back());
   }
   description = QStringLiteral("test scene");
   return true;

@@ -2,6 +2,7 @@
 // scene.
 #pragma once
 
+#include <QImage>
 #include <QString>
 #include <cstdint>
 #include <vector>
@@ -29,13 +30,16 @@ class StillSource : public FrameSource {
   double rate;
 };
 
-// A picture that Qt reads: grey ones become Mono8 or Mono16, all others RGB8.
+// A picture that Qt reads. Without a format asked for, grey ones become Mono8 or Mono16, all others RGB8.
 class PictureSource : public StillSource {
  public:
-  PictureSource(const QString& fileName, double framesPerSecond);
+  explicit PictureSource(const Options& options);
   bool Open(QString* error) override;
 
  private:
+  void Take(QImage image);
+  bool Encode(const QImage& image, QString* error);
+
   QString file;
 };
 

@@ -15,7 +15,7 @@ std::unique_ptr<zynview::FrameSource> MakeSource(const zynview::Options& options
   using zynview::Options;
   switch (options.source) {
     case Options::File:
-      return std::make_unique<zynview::PictureSource>(options.file, options.rate);
+      return std::make_unique<zynview::PictureSource>(options);
     case Options::Raw:
       return std::make_unique<zynview::RawSource>(options);
     case Options::Scene:

@@ -1,0 +1,75 @@
+// What the viewer takes from its command line.
+#include "apps/zynview/Options.h"
+
+#include <gtest/gtest.h>
+
+#include "ZynPixelFormat.h"
+
+using zynview::Options;
+
+namespace {
+
+// The options of a command line, and what is wrong with it.
+struct Read {
+  explicit Read(const char* line) {
+    const QString text = QStringLiteral("zynview ") + QString::fromLatin1(line);
+    good = zynview::ReadOptions(text.split(QLatin1Char(' '), Qt::SkipEmptyParts), &options, &error);
+  }
+  Options options;
+  QString error;
+  bool good = false;
+};
+
+using Three = std::array<double, 3>;
+
+}  // namespace
+
+TEST(ViewerOptions, take_one_number_for_all_channels_or_three) {
+  const Read one("--scene --gain 1.5 --offset -0.25");
+  ASSERT_TRUE(one.good);
+  EXPECT_EQ(one.options.color.gain, (Three{1.5, 1.5, 1.5}));
+  EXPECT_EQ(one.options.color.offset, (Three{-0.25, -0.25, -0.25}));
+  const Read three("--scene --gain 1.9,1,1.3 --offset=-0.1,0,0.1 --gamma 0.45");
+  ASSERT_TRUE(three.good);
+  EXPECT_EQ(three.options.color.gain, (Three{1.9, 1, 1.3}));
+  EXPECT_EQ(three.options.color.offset, (Three{-0.1, 0, 0.1}));
+  EXPECT_EQ(three.options.color.gamma, 0.45);
+  EXPECT_TRUE(three.options.color.Corrects());
+}
+
+TEST(ViewerOptions, change_no_colours_by_default) {
+  const Read none("--scene");
+  ASSERT_TRUE(none.good);
+  EXPECT_FALSE(none.options.color.Corrects());
+  EXPECT_FALSE(none.options.color.markExposure);
+  EXPECT_EQ(none.options.color.demosaicing, 0);
+}
+
+TEST(ViewerOptions, refuse_what_is_no_colour_setting) {
+  for (const char* line :
+       {"--gain x", "--gain 1,2", "--gain 1,2,3,4", "--gain nan", "--gain 1e999", "--offset ,,", "--gamma 0",
+        "--gamma 11", "--demosaicing 4", "--demosaicing 1.5", "--demosaicing -1"}) {
+    const Read read(line);
+    EXPECT_FALSE(read.good) << line;
+    EXPECT_FALSE(read.error.isEmpty()) << line;
+  }
+}
+
+TEST(ViewerOptions, take_every_demosaicing_method_and_the_marking) {
+  for (const int method : {0, 1, 2, 3}) {
+    const Read read(QStringLiteral("--demosaicing %1 --mark-exposure").arg(method).toLatin1().constData());
+    ASSERT_TRUE(read.good);
+    EXPECT_EQ(read.options.color.demosaicing, method);
+    EXPECT_TRUE(read.options.color.markExposure);
+  }
+}
+
+TEST(ViewerOptions, tell_a_raw_dump_from_a_picture_that_is_to_be_encoded) {
+  const Read raw("dump.raw --format BayerRG12p --size 64x48");
+  EXPECT_EQ(raw.options.source, Options::Raw);
+  const Read picture("photo.png --format BayerRG12p");
+  EXPECT_EQ(picture.options.source, Options::File);
+  EXPECT_EQ(picture.options.pixelType, ZYN_PIXEL_BAYERRG12P);
+  EXPECT_FALSE(Read("--scene --format Mono9").good);
+  EXPECT_FALSE(Read("--scene --window 12").good);
+}
