@@ -16,7 +16,27 @@
 /// three channels of the same depth in RGB or BGR order. Any size from 1x1 on; at the borders the picture is
 /// mirrored at its first and last line and column, so that colours keep their places.
 ///
-/// The parameter "BayerAlgType" of the component, read by `Init`, selects the method.
+/// The parameter "BayerAlgType" of the component, read by `Init`, selects the method. Quality is the colour
+/// PSNR over all channels at 8 bits, pattern RG, as the mean of the 24 Kodak pictures.
+///
+/// | value | method                                     | source                                | quality  |
+/// |-------|--------------------------------------------|---------------------------------------|----------|
+/// | 0     | gradient-corrected linear, on 5x5 places;  | Malvar, He, Cutler: "High-quality     | 35.78 dB |
+/// |       | the default, for live pictures             | linear interpolation for demosaicing  |          |
+/// |       |                                            | of Bayer-patterned color images", 2004|          |
+/// | 1     | bilinear: the mean of the nearest places   |                                       | 30.24 dB |
+/// | 2     | edge-directed, for live pictures of a few  | after Hamilton, Adams: "Adaptive      | 39.4 dB  |
+/// |       | megapixels: green by two directions and a  | color plan interpolation in single    | (first   |
+/// |       | local slope of green against colour, then  | sensor color electronic camera", 1997,| 12)      |
+/// |       | red and blue as linear functions of green  | and Kiku, Monno, Tanaka, Okutomi, 2013|          |
+/// | 3     | the best picture, for stills and           | after Kiku, Monno, Tanaka, Okutomi:   | 40.8 dB  |
+/// |       | conversion: gradient-weighted directions   | "Residual interpolation for color     | (first   |
+/// |       | with fitted slopes, then residual          | image demosaicking", 2013, and        | 12)      |
+/// |       | interpolation of red and blue              | Pekkucuksen, Altunbasak: "Gradient    |          |
+/// |       |                                            | based threshold free color filter     |          |
+/// |       |                                            | array interpolation", 2010            |          |
+///
+/// Samples above the depth count as its greatest value.
 ///
 /// Threads: any thread may call any operation of a component; `Init`, `ProcessImage` and `Release` exclude
 /// each other. A call works on several threads where the machine has them. Return values are codes of

@@ -26,7 +26,8 @@ class ZynImgProcessor {
   virtual void Release() = 0;
   virtual ZynComponent* GetComponent() = 0;
 
-  /// The image that the last successful `ProcessImage` produced, owned by the stage; null when there is none.
+  /// The image that the last successful `ProcessImage` produced; null when there is none. It is the stage's
+  /// own, or the caller's where the caller gave an `output` or the stage works in place.
   virtual ZynImage* Out() = 0;
 
   /// Header of the prepared source (true) or of the result (false); null before `Init`.
