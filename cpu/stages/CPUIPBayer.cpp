@@ -3,6 +3,7 @@
 #include <limits>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "QTD/frame/Logging.h"
 #include "QTD/image/ImageRecord.h"
@@ -46,6 +47,7 @@ CPUIPBayer::CPUIPBayer(ZynComponent* parentComponent, const Interpolations& orig
     : CPUStage(parentComponent, "bayer.cpu", "CPUIPBayer"), interpolations(origin) {}
 
 CPUIPBayer::~CPUIPBayer() {
+  EndParameterCalls();
   CPUIPBayer::Release();
 }
 
@@ -53,20 +55,24 @@ void CPUIPBayer::Release() {
   const QTD::RMutexLock guard(lock);
   Reset();
   QTD::ImageDelete(outputImage);
-  if (!interpolation) return;
-  interpolation->Release();
-  interpolations.destroy(interpolation);
-  interpolation = nullptr;
+  ZynBayer* const leaving = std::exchange(interpolation, nullptr);
+  if (!leaving) return;
+  try {
+    leaving->Release();
+  } catch (...) {
+    // It is deleted all the same.
+  }
+  interpolations.destroy(leaving);
 }
 
 // Preparing.
 
 uint32_t CPUIPBayer::Init(const ZynImage* source, const ZynImage* output) {
+  const Method method = ReadMethod();  // a parameter handler may call the stage: no lock is held yet
+  const QTD::RMutexLock guard(lock);
   // Copies, since the caller may hand in records of this stage, which go now.
   const ZynImage format = source ? *source : ZynImage{};
   const bool blueFirst = output && QTD::IsBgrFormat(output->pixelType);
-  const Method method = ReadMethod();  // a parameter handler may call the stage: no lock is held yet
-  const QTD::RMutexLock guard(lock);
   Release();
   try {
     lastError = Prepare(format, blueFirst, method);
@@ -118,7 +124,11 @@ uint32_t CPUIPBayer::PrepareInterpolation(const ZynImage& source, const Method& 
   ZynComponent* const component = interpolation->GetComponent();
   if (!component || !method.readable) return ZYN_ERR_FAILED;
   component->SetParameterInt(kMethodKey, method.value);
-  if (Failed(interpolation->Init(&source, outputImage))) return QTD::kStageNoMemory;
+  try {
+    if (Failed(interpolation->Init(&source, outputImage))) return QTD::kStageNoMemory;
+  } catch (...) {  // a failure of the component, like any other
+    return QTD::kStageNoMemory;
+  }
   return 0;
 }
 

@@ -17,8 +17,8 @@ namespace {
 // The parameters in the order of `Settings`.
 struct Setting {
   const char* key;
-  const char* atStart;   // text of the constructed stage
-  const char* ifAbsent;  // text that stands for a parameter that is missing
+  const char* atStart;       // text of the constructed stage, and the default of a missing parameter
+  const char* forArguments;  // what stands for it where a command's arguments and the parameters name none
   double afterReset;
 };
 constexpr Setting kTable[] = {
@@ -28,7 +28,7 @@ constexpr Setting kTable[] = {
     {"offs.r", "0", "0.", 0.0},        //
     {"offs.g", "0", "0.", 0.0},        //
     {"offs.b", "0", "0.", 0.0},        //
-    {"gamma", "1.000000", "0.", 1.0},  // 0 is no active gamma
+    {"gamma", "1.000000", "0.", 1.0},  // 0 is no active gamma either
 };
 
 constexpr uint32_t kMostDepth = 16;
@@ -54,6 +54,7 @@ CPUIPColorCorrection::CPUIPColorCorrection(ZynComponent* parentComponent)
 }
 
 CPUIPColorCorrection::~CPUIPColorCorrection() {
+  EndParameterCalls();
   CPUIPColorCorrection::Release();
 }
 
@@ -71,8 +72,9 @@ CPUIPColorCorrection::Settings CPUIPColorCorrection::ReadSettings(const QTD::ARG
   for (size_t n = 0; n < kSettings; ++n) {
     const Setting& setting = kTable[n];
     const auto argument = args ? args->find(setting.key) : QTD::ARGUMENTS::const_iterator();
+    const char* const missing = args ? setting.forArguments : setting.atStart;
     settings[n] = args && argument != args->end() ? QTD::ParseDouble(argument->second)
-                                                  : parameters.GetDouble(setting.key, setting.ifAbsent);
+                                                  : parameters.GetDouble(setting.key, missing);
   }
   return settings;
 }
@@ -95,9 +97,9 @@ bool CPUIPColorCorrection::IsNeutral() const {
 // Preparing.
 
 uint32_t CPUIPColorCorrection::Init(const ZynImage* source, const ZynImage*) {
+  const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
-  const QTD::RMutexLock guard(lock);
   Release();
   try {
     lastError = Prepare(format);
@@ -164,17 +166,14 @@ uint32_t CPUIPColorCorrection::ExecuteCommand(const char* commandName) {
   const std::string_view command = commandName ? commandName : "";
   if (command == "params.apply") return Finish(ApplyParameters());
   if (command != "params.reset") return Finish(ZYN_ERR_NOT_SUPPORTED);
-  ResetParameters();
-  return Finish(0);
+  return Finish(ResetParameters() ? 0u : uint32_t{ZYN_ERR_FAILED});
 }
 
 uint32_t CPUIPColorCorrection::RunCommand(const char* commandName, QTD::ARGUMENTS* args) {
   const QTD::RMutexLock guard(lock);
   const std::string_view command = commandName ? commandName : "";
   if (command == "cmd.params.apply" && args) return ApplyArguments(args);
-  if (command != "cmd.params.reset") return 0;
-  ResetParameters();
-  return 1;
+  return command == "cmd.params.reset" && ResetParameters() ? 1 : 0;
 }
 
 uint32_t CPUIPColorCorrection::ApplyParameters() {
@@ -199,8 +198,13 @@ uint32_t CPUIPColorCorrection::ApplyArguments(const QTD::ARGUMENTS* args) {
   }
 }
 
-// The tables stay until the next image asks for them.
-void CPUIPColorCorrection::ResetParameters() {
-  for (const Setting& setting : kTable) parameters.Set(setting.key, QTD::ToText(setting.afterReset));
+// The tables stay until the next image asks for them. False without memory.
+bool CPUIPColorCorrection::ResetParameters() {
   ready = false;
+  try {
+    for (const Setting& setting : kTable) parameters.Set(setting.key, QTD::ToText(setting.afterReset));
+    return true;
+  } catch (...) {
+    return false;
+  }
 }

@@ -42,7 +42,7 @@ class CPUIPColorCorrection : public CPUStage<ZynDisplayCPU::ColorCorrection> {
   uint32_t Run(const ZynImage& source);
   uint32_t ApplyParameters();
   uint32_t ApplyArguments(const QTD::ARGUMENTS* args);
-  void ResetParameters();
+  bool ResetParameters();
 
   ColorLUT table;  // guarded by `lock`
 };

@@ -1,9 +1,12 @@
 #include "cpu/stages/CPUIPExposureColoration.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <limits>
+#include <mutex>
 #include <stdexcept>
+#include <thread>
 
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Logging.h"
@@ -29,33 +32,54 @@ constexpr uint32_t kPictureBits = 24;
 constexpr uint32_t kPictureBytes = 3;
 constexpr uint32_t kByteDepth = 8;
 constexpr uint32_t kMostDepth = 16;
+constexpr std::chrono::microseconds kTurn{50};
+
+}  // namespace
 
 // The chain's stage of unmarked values, found anew for every use. While this lives no stage leaves the chain:
-// its lock is held, and so is taken before any stage's.
-class UnpackedStage {
+// its lock is held, and so is taken before any stage's. Whoever waits for it when this coloration leaves goes
+// on without a stage, and the coloration's end waits for them.
+class CPUIPExposureColoration::UnpackedStage {
  public:
-  explicit UnpackedStage(ZynComponent* parent)
-      : chain(dynamic_cast<ZynImgProcessingChain*>(parent)), guard(LockOf(chain)) {
+  explicit UnpackedStage(CPUIPExposureColoration& asking)
+      : coloration(asking), chain(dynamic_cast<ZynImgProcessingChain*>(asking.parent)) {
+    ++coloration.calls;
     try {
-      stage = chain ? chain->FindProcessor("image.unpacked") : nullptr;
+      if (chain && Lock()) stage = chain->FindProcessor("image.unpacked");
     } catch (...) {  // a host's chain
     }
     // A coloration under that name has no values of its own, and may be the very one that asks.
     if (dynamic_cast<ZynDisplayQT::ExposureColoration*>(stage)) stage = nullptr;
   }
+  ~UnpackedStage() {
+    if (guard.owns_lock()) guard.unlock();
+    --coloration.calls;  // from here on the coloration may be gone
+  }
+  UnpackedStage(const UnpackedStage&) = delete;
+  UnpackedStage& operator=(const UnpackedStage&) = delete;
 
   ZynImgProcessor* Stage() const { return stage; }
 
  private:
-  static std::recursive_mutex* LockOf(ZynImgProcessingChain* chain) {
+  // False when the coloration leaves. A host's own chain may have no lock.
+  bool Lock() {
     auto* const data = dynamic_cast<QTD::ImageProcessorData*>(chain);
-    return data ? &data->OperationLock().mutex : nullptr;
+    if (!data) return true;
+    guard = std::unique_lock<std::recursive_mutex>(data->OperationLock().mutex, std::defer_lock);
+    while (!guard.try_lock()) {
+      if (coloration.leaving) return false;
+      std::this_thread::sleep_for(kTurn);
+    }
+    return true;
   }
 
+  CPUIPExposureColoration& coloration;
   ZynImgProcessingChain* chain;
-  QTD::RMutexLock guard;
+  std::unique_lock<std::recursive_mutex> guard;
   ZynImgProcessor* stage = nullptr;
 };
+
+namespace {
 
 // Correction and overlay work in place, on the very image that "image.unpacked" gave: it keeps a copy aside.
 void KeepValues(ZynImgProcessor* unpacked, bool on) {
@@ -93,6 +117,9 @@ CPUIPExposureColoration::CPUIPExposureColoration(ZynComponent* parentComponent)
     : CPUStage(parentComponent, "coloration.cpu", "CPUIPExposureColoration") {}
 
 CPUIPExposureColoration::~CPUIPExposureColoration() {
+  leaving = true;
+  while (calls > 0) std::this_thread::sleep_for(kTurn);
+  EndParameterCalls();
   CPUIPExposureColoration::Release();
 }
 
@@ -104,7 +131,8 @@ void CPUIPExposureColoration::Release() {
 }
 
 bool CPUIPExposureColoration::Enable(bool on) {
-  const UnpackedStage unpacked(parent);
+  const UnpackedStage unpacked(*this);
+  const QTD::RMutexLock guard(lock);  // the values that a run reads stay as long as it reads them
   if (unpacked.Stage()) unpacked.Stage()->Enable(on);
   const bool enabled = CPUStage::Enable(on);
   KeepValues(unpacked.Stage(), enabled);
@@ -114,10 +142,10 @@ bool CPUIPExposureColoration::Enable(bool on) {
 // Preparing.
 
 uint32_t CPUIPExposureColoration::Init(const ZynImage* source, const ZynImage*) {
+  const UnpackedStage unpacked(*this);
+  const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
-  const UnpackedStage unpacked(parent);
-  const QTD::RMutexLock guard(lock);
   Release();
   if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
   if (QTD::IsPackedFormat(format.pixelType) || QTD::IsCfaFormat(format.pixelType) ||
@@ -170,14 +198,15 @@ bool CPUIPExposureColoration::Apply(ZynImgProcessor* unpacked) {
 
 uint32_t CPUIPExposureColoration::ExecuteCommand(const char* command) {
   const std::string wanted = command ? command : "";
-  const UnpackedStage unpacked(parent);
-  const QTD::RMutexLock guard(lock);
-  if (wanted == "params.apply") return Finish(Apply(unpacked.Stage()) ? 0u : uint32_t{ZYN_ERR_FAILED});
-  if (wanted == "params.reset") {
-    ResetParameters();
-    return Finish(0);
+  if (wanted == "params.apply") {
+    const UnpackedStage unpacked(*this);
+    const QTD::RMutexLock guard(lock);
+    return Finish(Apply(unpacked.Stage()) ? 0u : uint32_t{ZYN_ERR_FAILED});
   }
-  return Finish(ZYN_ERR_NOT_SUPPORTED);
+  const QTD::RMutexLock guard(lock);
+  if (wanted != "params.reset") return Finish(ZYN_ERR_NOT_SUPPORTED);
+  ResetParameters();
+  return Finish(0);
 }
 
 void CPUIPExposureColoration::ResetParameters() {
@@ -187,14 +216,14 @@ void CPUIPExposureColoration::ResetParameters() {
 
 uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS* args) {
   const std::string wanted = command ? command : "";
-  const bool apply = wanted == "cmd.params.apply" && args;
-  if (!apply && wanted != "cmd.params.reset") return 0;
-  const UnpackedStage unpacked(parent);
-  const QTD::RMutexLock guard(lock);
-  if (!apply) {
+  if (wanted == "cmd.params.reset") {
+    const QTD::RMutexLock guard(lock);
     ResetParameters();
     return 1;
   }
+  if (wanted != "cmd.params.apply" || !args) return 0;
+  const UnpackedStage unpacked(*this);
+  const QTD::RMutexLock guard(lock);
   QTD::ArgumentView view(args);
   int numbers[4];
   for (size_t n = 0; n < 4; ++n) {
@@ -208,11 +237,11 @@ uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS
 // Running.
 
 uint32_t CPUIPExposureColoration::ProcessImage(const ZynImage* source, ZynImage*, void*) {
+  const UnpackedStage unpacked(*this);
+  const QTD::RMutexLock guard(lock);
+  out = nullptr;
   try {
     ZYN_TRACE(log, "CPUIPExposureColoration::ProcessImage()");
-    const UnpackedStage unpacked(parent);
-    const QTD::RMutexLock guard(lock);
-    out = nullptr;
     return Finish(Run(source, unpacked.Stage()));
   } catch (...) {
     return Finish(ZYN_ERR_FAILED);
@@ -245,7 +274,8 @@ uint32_t CPUIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* u
   return 0;
 }
 
-uint32_t CPUIPExposureColoration::MarkPicture(const ZynImage& picture, const ZynImage& values) {
+// Works on copies of the records: what is checked is what is used, whatever a host does to its own.
+uint32_t CPUIPExposureColoration::MarkPicture(ZynImage picture, ZynImage values) {
   using ColorationKernels::Values;
   if (picture.bitDepth != kByteDepth || QTD::BitsPerPixel(picture.pixelType) != kPictureBits) {
     return ZYN_ERR_FAILED;

@@ -1,6 +1,7 @@
 // The exposure coloration: marks under-exposed and over-exposed pixels of the display picture.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "ZynDisplay.h"
@@ -30,15 +31,20 @@ class CPUIPExposureColoration : public CPUStage<ZynDisplayCPU::ExposureColoratio
   uint32_t RunCommand(const char* command, QTD::ARGUMENTS* args) override;
 
  private:
+  class UnpackedStage;
+
   void ReadParameters(const ZynImage& values);
   bool Apply(ZynImgProcessor* unpacked);
   void ResetParameters();
   uint32_t Run(const ZynImage* source, ZynImgProcessor* unpacked);
-  uint32_t MarkPicture(const ZynImage& picture, const ZynImage& values);
+  uint32_t MarkPicture(ZynImage picture, ZynImage values);
 
   // Guarded by `lock`.
   uint32_t lowColor = 0;
   uint32_t highColor = 0;
   int32_t lowThreshold = 0;
   int32_t highThreshold = 0;
+
+  std::atomic<int> calls{0};  // that ask the chain, or wait for it
+  std::atomic<bool> leaving{false};
 };

@@ -36,6 +36,7 @@ CPUIPImage::CPUIPImage(ZynComponent* parentComponent) : QTD::ImageProcessorData(
 }
 
 CPUIPImage::~CPUIPImage() {
+  EndParameterCalls();
   CPUIPImage::Release();
 }
 
@@ -85,10 +86,10 @@ void CPUIPImage::Release() {
 // Preparing.
 
 uint32_t CPUIPImage::Init(const ZynImage* source, const ZynImage* output) {
+  const QTD::RMutexLock stageGuard(lock);
   // Copies, since the caller may hand in records of this stage, which go now.
   const ZynImage format = source ? *source : ZynImage{};
   const ZynImage wanted = output ? *output : ZynImage{};
-  const QTD::RMutexLock stageGuard(lock);
   Release();
   if (format.width == 0 || format.height == 0) return Refuse(ZYN_ERR_BAD_ARGUMENT);
 
@@ -150,7 +151,8 @@ uint32_t CPUIPImage::ProcessImage(const ZynImage* source, ZynImage* output, void
     const QTD::RMutexLock guard(componentLock);
     out = nullptr;
     const uint32_t code = Run(source, output);
-    untouched.Take(code == 0 ? out : nullptr);
+    // Whoever counts on the copy must not read changed values instead.
+    if (!untouched.Take(code == 0 ? out : nullptr)) return Refuse(ZYN_ERR_FAILED);
     return Refuse(code);
   } catch (...) {
     return Refuse(ZYN_ERR_FAILED);

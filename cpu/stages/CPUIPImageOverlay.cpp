@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <algorithm>
 #include <limits>
+#include <new>
 
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/Text.h"
@@ -20,8 +21,8 @@ class PaintPass {
   PaintPass(MEMSurface& usedSurface, QTD::DrawObjects& usedStore, ZynImage& picture)
       : surface(usedSurface), store(usedStore) {
     list.Set("image", QTD::ToText(static_cast<const void*>(&picture)));
-    surface.begin(&list);
     store.setImage(&picture);
+    surface.begin(&list);
   }
   ~PaintPass() {
     try {
@@ -55,6 +56,7 @@ CPUIPImageOverlay::CPUIPImageOverlay(ZynComponent* parentComponent)
     : CPUStage(parentComponent, "image.overlay.cpu", "CPUIPImageOverlay") {}
 
 CPUIPImageOverlay::~CPUIPImageOverlay() {
+  EndParameterCalls();
   CPUIPImageOverlay::Release();
 }
 
@@ -69,16 +71,20 @@ void CPUIPImageOverlay::Release() {
 // Preparing.
 
 uint32_t CPUIPImageOverlay::Init(const ZynImage* source, const ZynImage*) {
+  const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
-  const QTD::RMutexLock guard(lock);
   Release();
   if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
   if (QTD::IsPackedFormat(format.pixelType) || QTD::IsCfaFormat(format.pixelType) ||
       format.pixelType == ZYN_PIXEL_YUV422_8_UYVY) {
     return Finish(QTD::kStageFormat);
   }
-  const uint32_t code = Prepare(format);
+  uint32_t code = QTD::kStageNoMemory;
+  try {
+    code = Prepare(format);
+  } catch (const std::bad_alloc&) {
+  }
   if (code != 0) Release();
   ready = code == 0;
   return Finish(code);
@@ -107,10 +113,10 @@ uint32_t CPUIPImageOverlay::Prepare(const ZynImage& format) {
 // Running.
 
 uint32_t CPUIPImageOverlay::ProcessImage(const ZynImage* source, ZynImage*, void*) {
+  const QTD::RMutexLock guard(lock);
+  out = nullptr;
   try {
     ZYN_TRACE(log, "CPUIPImageOverlay::ProcessImage()");
-    const QTD::RMutexLock guard(lock);
-    out = nullptr;
     return Finish(Run(source));
   } catch (...) {
     return Finish(ZYN_ERR_FAILED);
@@ -127,11 +133,7 @@ uint32_t CPUIPImageOverlay::Run(const ZynImage* source) {
 }
 
 void CPUIPImageOverlay::Draw(const ZynImage& source) {
-  ZynImage picture = source;
-  // The image of an image stage never carries the mark of a bottom-up picture, although its lines keep their
-  // order: there the header that this stage was prepared with tells. Such an image owns its pixels.
-  const bool ofAStage = source.ownedData && source.ownedData == source.imageData;
-  if (ofAStage && sourceInfo->origin == 1) picture.origin = 1;
+  ZynImage picture = source;  // what is checked is what is drawn into, whatever a host does to its record
   PaintPass pass(*surface, store, picture);
   store.place(nullptr, true);  // templates may have become longer or shorter with this image
   store.draw(surface.get(), pass.List());

@@ -59,6 +59,7 @@ CPUIPUnpack::CPUIPUnpack(ZynComponent* parentComponent)
     : CPUStage(parentComponent, "unpack.cpu", "CPUIPUnpack") {}
 
 CPUIPUnpack::~CPUIPUnpack() {
+  EndParameterCalls();
   CPUIPUnpack::Release();
 }
 
@@ -69,9 +70,9 @@ void CPUIPUnpack::Release() {
 }
 
 uint32_t CPUIPUnpack::Init(const ZynImage* source, const ZynImage*) {
+  const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
-  const QTD::RMutexLock guard(lock);
   Release();
   if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
   if (!QTD::IsPackedFormat(format.pixelType)) return Finish(QTD::kStageFormat);
@@ -96,10 +97,10 @@ uint32_t CPUIPUnpack::Prepare(const ZynImage& source) {
 }
 
 uint32_t CPUIPUnpack::ProcessImage(const ZynImage* source, ZynImage*, void*) {
+  const QTD::RMutexLock guard(lock);
+  out = nullptr;
   try {
     ZYN_TRACE(log, "CPUIPUnpack::ProcessImage()");
-    const QTD::RMutexLock guard(lock);
-    out = nullptr;
     return Finish(Run(source));
   } catch (...) {
     return Finish(ZYN_ERR_FAILED);

@@ -11,6 +11,12 @@
 
 namespace {
 
+// The record with the pitch of lines without padding where it names none.
+ZynImage WithPitch(ZynImage image) {
+  if (image.linePitch == 0) image.linePitch = static_cast<uint32_t>(QTD::LineBytes(image));
+  return image;
+}
+
 // Equal sizes, buffers, and lines that lie within them.
 bool AreAlike(const ZynImage& source, const ZynImage& target) {
   return source.imageData && target.imageData && source.width != 0 && source.height != 0 &&
@@ -48,6 +54,7 @@ CPUIPYUV2RGB::CPUIPYUV2RGB(ZynComponent* parentComponent)
     : CPUStage(parentComponent, "yuv2rgb.cpu", "CPUIPYUV2RGB") {}
 
 CPUIPYUV2RGB::~CPUIPYUV2RGB() {
+  EndParameterCalls();
   CPUIPYUV2RGB::Release();
 }
 
@@ -58,9 +65,9 @@ void CPUIPYUV2RGB::Release() {
 }
 
 uint32_t CPUIPYUV2RGB::Init(const ZynImage* source, const ZynImage*) {
+  const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
-  const QTD::RMutexLock guard(lock);
   Release();
   if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
   if (format.pixelType != ZYN_PIXEL_YUV422_8_UYVY) return Finish(QTD::kStageFormat);
@@ -84,10 +91,10 @@ uint32_t CPUIPYUV2RGB::Prepare(const ZynImage& source) {
 }
 
 uint32_t CPUIPYUV2RGB::ProcessImage(const ZynImage* source, ZynImage*, void*) {
+  const QTD::RMutexLock guard(lock);
+  out = nullptr;
   try {
     ZYN_TRACE(log, "CPUIPYUV2RGB::ProcessImage()");
-    const QTD::RMutexLock guard(lock);
-    out = nullptr;
     return Finish(Run(source));
   } catch (...) {
     return Finish(ZYN_ERR_FAILED);
@@ -96,7 +103,8 @@ uint32_t CPUIPYUV2RGB::ProcessImage(const ZynImage* source, ZynImage*, void*) {
 
 uint32_t CPUIPYUV2RGB::Run(const ZynImage* source) {
   if (!source || !outputImage || source->pixelType != ZYN_PIXEL_YUV422_8_UYVY) return ZYN_ERR_FAILED;
-  if (!ConvertPixels(*source, *outputImage)) std::memset(outputImage->imageData, 0, outputImage->imageSize);
+  if (!ConvertPixels(WithPitch(*source), *outputImage))
+    std::memset(outputImage->imageData, 0, outputImage->imageSize);
   outputImage->imageID = source->imageID;
   out = outputImage;
   return 0;

@@ -8,9 +8,9 @@
 #include "QTD/image/ImageProcessorData.h"
 #include "ZynImgProcessor.h"
 
-// A stage of the kind `Interface`. The class that derives from it writes `Init`, `ProcessImage` and `Release`,
-// and calls its own `Release` in its destructor. Any thread may call any operation; the stage's lock is held
-// meanwhile.
+// A stage of the kind `Interface`. The class that derives from it writes `Init`, `ProcessImage` and
+// `Release`, and calls its own `Release` in its destructor. Any thread may call any operation; the stage's
+// lock is held meanwhile.
 template <typename Interface>
 class CPUStage : public Interface, public QTD::ImageProcessorData, public QTD::ComponentImpl {
  public:

@@ -240,8 +240,6 @@ HWY_EXPORT(RunLines);
 constexpr size_t kSliceBytes = size_t{1} << 20;
 constexpr size_t kPastCachesBytes = size_t{16} << 20;
 
-constexpr size_t kStreamGroup = Stream<12>::kGroupBytes;
-
 }  // namespace
 
 size_t LineBytes(Packing packing, size_t width) {
@@ -263,7 +261,6 @@ bool IsOneStream(Packing packing, size_t width) {
 
 void RunJob(const Job& job) {
   const bool oneStream = IsOneStream(job.packing, job.width);
-  if (oneStream && job.sourceBytes / kStreamGroup == 0) return;
   const size_t lineBytes = LineBytes(job.packing, job.width) + job.width * sizeof(uint16_t);
   const bool pastCaches = lineBytes * job.height >= kPastCachesBytes;
   const size_t sliceLines =

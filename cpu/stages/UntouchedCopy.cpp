@@ -17,8 +17,10 @@ void UntouchedCopy::SetWanted(bool on) {
   QTD::ImageDelete(image);
 }
 
-void UntouchedCopy::Take(const ZynImage* result) {
-  taken = wanted && result && !QTD::IsCfaFormat(result->pixelType) && Copy(*result);
+bool UntouchedCopy::Take(const ZynImage* result) {
+  const bool needed = wanted && result && !QTD::IsCfaFormat(result->pixelType);
+  taken = needed && Copy(*result);
+  return taken == needed;
 }
 
 bool UntouchedCopy::Copy(const ZynImage& result) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <memory>
 #include <thread>
+#include <vector>
 
 #include "QTD/chain/QTDProcessor.h"
 #include "ZynPixelFormat.h"
@@ -87,4 +88,33 @@ TEST_F(ColorationThreads, commands_wait_for_a_run_and_no_run_for_them) {
   stop = true;
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(failures, 0);
+}
+
+// Whoever waits for the chain when the coloration leaves it comes back, before the coloration is deleted.
+TEST_F(ColorationThreads, a_command_that_waits_comes_back_when_the_coloration_leaves) {
+  std::atomic<int> started{0}, ended{0};
+  const auto call = [&](auto work) {
+    return std::thread([&started, &ended, work] {
+      ++started;
+      work();
+      ++ended;
+    });
+  };
+  std::vector<std::thread> threads;
+  {
+    // What follows happens as within a run of the chain.
+    const QTD::RMutexLock run(chain.ChainLock());
+    threads.push_back(call([&] { coloration->Enable(true); }));
+    threads.push_back(call([&] { coloration->ExecuteCommand("params.apply"); }));
+    threads.push_back(call([&] {
+      QTD::ARGUMENTS args{{"thres.lo", "10"}};
+      coloration->RunCommand("cmd.params.apply", &args);
+    }));
+    while (started < 3) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_EQ(ended, 0);
+    EXPECT_EQ(chain.RemoveProcessor("image.coloration"), 0u);
+    while (ended < 3) std::this_thread::yield();  // while the run goes on
+  }
+  for (std::thread& thread : threads) thread.join();
 }

@@ -128,6 +128,12 @@ TEST(CPUIPColorCorrectionCommands, missing_parameters_are_neutral) {
   small.stage.Parameters().Clear();
   EXPECT_EQ(small.stage.ExecuteCommand("params.apply"), 0u);
   EXPECT_EQ(small.Run(), Samples({100, 100, 100}));
+  // Then gamma is 1, as at the start, and not an inactive 0: nothing is done, even to bytes.
+  CorrectionStage bytes;
+  StagePicture picture(ZYN_PIXEL_MONO8, 4, 2);
+  bytes.Parameters().Clear();
+  ASSERT_EQ(bytes.Init(&picture.record, nullptr), 0u);
+  EXPECT_EQ(bytes.ProcessImage(&picture.record, nullptr, nullptr), 0u);
 }
 
 TEST(CPUIPColorCorrectionCommands, what_is_no_number_changes_nothing) {
@@ -236,12 +242,12 @@ TEST(CPUIPColorCorrectionCommands, commands_may_come_while_images_run) {
     stop = true;
   });
   int mixed = 0, failed = 0;
-  while (!stop) {
+  do {
     std::vector<uint16_t> words(64 * 64 * 3, 100);
     std::memcpy(picture.record.imageData, words.data(), 2 * words.size());
     if (stage.ProcessImage(&picture.record, nullptr, nullptr) != 0) ++failed;
     for (size_t n = 1; n < words.size(); ++n) mixed += WordAt(picture, n) != WordAt(picture, 0);
-  }
+  } while (!stop);
   host.join();
   EXPECT_EQ(mixed, 0);
   EXPECT_EQ(failed, 0);

@@ -1,6 +1,7 @@
 // Marking pictures.
 #include "cpu/stages/CPUIPExposureColoration.h"
 
+#include "tests/chain/TraceCapture.h"
 #include "tests/cpu/ColorationFixture.h"
 
 namespace {
@@ -306,6 +307,13 @@ TEST_F(ColorationTest, without_a_chain_no_picture_passes) {
     EXPECT_FALSE(lonely.Enable(false));
     EXPECT_EQ(lonely.ExecuteCommand("params.apply"), kFailed);
   }
+}
+
+TEST_F(ColorationTest, each_image_leaves_a_line_in_the_trace) {
+  Values(ZYN_PIXEL_MONO8, {1});
+  chain_test::TraceCapture trace;
+  EXPECT_EQ(Run(), 0u);
+  EXPECT_EQ(trace.lines, std::vector<std::string>{"CPUIPExposureColoration::ProcessImage()"});
 }
 
 }  // namespace

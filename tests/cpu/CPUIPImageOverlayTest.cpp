@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "QTD/screen/SurfaceText.h"
+#include "tests/chain/TraceCapture.h"
 #include "tests/cpu/OverlayFixture.h"
 #include "tests/cpu/TextModel.h"
 
@@ -112,23 +113,27 @@ TEST_F(OverlayTest, a_negative_y_makes_x_a_placement_code) {
   }
 }
 
-// An image stage's own image has no mark, but keeps the lines' order; the header tells it.
-TEST_F(OverlayTest, text_is_upright_in_the_image_of_an_image_stage) {
+// An image stage's own image has no mark, whatever the header says that both were prepared with.
+TEST_F(OverlayTest, the_mark_of_the_passing_image_alone_counts) {
   const Drawn drawn(ZYN_PIXEL_MONO12, true);
   CPUIPImage image(nullptr);
   ASSERT_EQ(image.Init(&drawn.picture.record, nullptr), 0u);
+  ASSERT_EQ(image.GetImageInfo(false)->origin, 1u);
   ASSERT_EQ(stage.Init(image.GetImageInfo(false), nullptr), 0u);
   AddWhite("Text", 20, 4);
   ASSERT_EQ(image.ProcessImage(&drawn.picture.record, nullptr, nullptr), 0u);
   ASSERT_EQ(image.Out()->origin, 0u);
   ASSERT_EQ(Run(*image.Out()), 0u);
-  drawn.Expect(Coverage(kWidth, kHeight).Add("Text", 20, 4), kWhite, true);
+  drawn.Expect(Coverage(kWidth, kHeight).Add("Text", 20, 4), kWhite, false);
   EXPECT_EQ(PixelsOf(*image.Out()), PixelsOf(drawn.expected.record));
-  // Of any other image its own mark counts.
-  const Drawn topDown(ZYN_PIXEL_MONO12);
-  ASSERT_EQ(Run(topDown.picture.record), 0u);
-  topDown.Expect(Coverage(kWidth, kHeight).Add("Text", 20, 4), kWhite, false);
-  EXPECT_TRUE(topDown.AsExpected());
+}
+
+TEST_F(OverlayTest, each_image_leaves_a_line_in_the_trace) {
+  const StagePicture picture(ZYN_PIXEL_RGB8, kWidth, kHeight);
+  Prepare(picture);
+  chain_test::TraceCapture trace;
+  ASSERT_EQ(Run(picture.record), 0u);
+  EXPECT_EQ(trace.lines, std::vector<std::string>{"CPUIPImageOverlay::ProcessImage()"});
 }
 
 TEST_F(OverlayTest, a_picture_of_another_size_than_prepared_takes_its_part) {

@@ -15,6 +15,7 @@
 
 #include "QTD/image/ImageRecord.h"
 #include "ZynPixelFormat.h"
+#include "tests/chain/TraceCapture.h"
 #include "tests/cpu/UnpackHelpers.h"
 #include "tests/support/TestData.h"
 
@@ -105,14 +106,28 @@ TEST(CPUIPUnpack, bytes_behind_the_image_size_count_as_zero) {
   }
 }
 
-TEST(CPUIPUnpack, a_stream_without_one_group_leaves_the_last_picture) {
+// No picture of an earlier image stays under the new one's number.
+TEST(CPUIPUnpack, a_stream_that_ends_early_is_black_from_there_on) {
   StagePicture picture(ZYN_PIXEL_MONO12P, 6, 2);
   ReadyUnpack ready(picture.record);
   ASSERT_EQ(ready.Run(picture.record), 0u);
-  const Words before = SamplesOf(*ready.stage.Out());
-  picture.record.imageSize = 2;
+  for (uint32_t size = 0; size <= 3; ++size) {
+    picture.record.imageSize = size;
+    EXPECT_EQ(ready.Run(picture.record), 0u);
+    EXPECT_EQ(SamplesOf(*ready.stage.Out()), ExpectedSamples(picture.record)) << size;
+  }
+  EXPECT_NE(SamplesOf(*ready.stage.Out()), Words(12));
+  picture.record.imageSize = 0;
   EXPECT_EQ(ready.Run(picture.record), 0u);
-  EXPECT_EQ(SamplesOf(*ready.stage.Out()), before);
+  EXPECT_EQ(SamplesOf(*ready.stage.Out()), Words(12));
+}
+
+TEST(CPUIPUnpack, each_image_leaves_a_line_in_the_trace) {
+  const StagePicture picture(ZYN_PIXEL_MONO10P, 8, 4);
+  ReadyUnpack ready(picture.record);
+  chain_test::TraceCapture trace;
+  ready.Run(picture.record);
+  EXPECT_EQ(trace.lines, std::vector<std::string>{"CPUIPUnpack::ProcessImage()"});
 }
 
 TEST(CPUIPUnpack, the_padding_of_lines_stays_zero) {

@@ -8,6 +8,7 @@
 
 #include "QTD/image/ImageRecord.h"
 #include "ZynPixelFormat.h"
+#include "tests/chain/TraceCapture.h"
 #include "tests/cpu/ReadyStage.h"
 #include "tests/cpu/StagePicture.h"
 #include "tests/support/TestData.h"
@@ -280,7 +281,7 @@ TEST_F(CPUIPYUV2RGBBlack, another_size_than_prepared) {
 }
 
 TEST_F(CPUIPYUV2RGBBlack, a_pitch_or_size_that_cannot_be_true) {
-  for (const uint32_t pitch : {0u, 1u, 15u, 17u, 32u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+  for (const uint32_t pitch : {1u, 15u, 17u, 32u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
     ZynImage source = picture.record;
     source.linePitch = pitch;
     if (pitch == 17) source.imageSize = 17 * 3 + 15;
@@ -291,6 +292,25 @@ TEST_F(CPUIPYUV2RGBBlack, a_pitch_or_size_that_cannot_be_true) {
     source.imageSize = size;
     ExpectBlack(source);
   }
+}
+
+TEST(CPUIPYUV2RGB, a_pitch_of_0_means_lines_without_padding) {
+  const StagePicture picture(ZYN_PIXEL_YUV422_8_UYVY, 8, 3);
+  ReadyYuv tight(picture.record), unsaid(picture.record);
+  ASSERT_EQ(tight.Run(picture.record), 0u);
+  ZynImage source = picture.record;
+  source.linePitch = 0;
+  ASSERT_EQ(unsaid.Run(source), 0u);
+  EXPECT_EQ(PixelsOf(*unsaid.stage.Out()), PixelsOf(*tight.stage.Out()));
+  EXPECT_NE(PixelsOf(*unsaid.stage.Out()), std::vector<uint8_t>(8 * 3 * 3));
+}
+
+TEST(CPUIPYUV2RGB, each_image_leaves_a_line_in_the_trace) {
+  const StagePicture picture(ZYN_PIXEL_YUV422_8_UYVY, 8, 4);
+  ReadyYuv ready(picture.record);
+  chain_test::TraceCapture trace;
+  ready.Run(picture.record);
+  EXPECT_EQ(trace.lines, std::vector<std::string>{"CPUIPYUV2RGB::ProcessImage()"});
 }
 
 TEST(CPUIPYUV2RGB, an_odd_width_is_black) {

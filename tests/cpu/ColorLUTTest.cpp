@@ -173,13 +173,25 @@ TEST(ColorLUT, gamma_works_on_the_value_itself) {
   EXPECT_EQ(lut.tables[0][0], 250u);
 }
 
+// Values between two integers show whether a power that moves them by some hundredths was taken.
 TEST(ColorLUT, gamma_near_1_and_near_0_is_not_active) {
-  for (const double gamma : {1.0, 1.0 + 9e-8, 1.0 - 9e-8, 0.0, 9e-8, -9e-8}) {
+  struct Case {
+    double gamma, fraction;
+    uint32_t step;  // to the nearest integer
+  };
+  constexpr double kTop = 65535;
+  for (const Case& tried : {Case{1.0 + 9e-8, 0.46, 0},
+                            {1.0 - 9e-8, 0.54, 1},
+                            {0.0, 0.46, 0},
+                            {9e-8, 0.46, 0},
+                            {-9e-8, 0.46, 0}}) {
     ColorLUT lut;
     lut.Allocate(65536, 1);
-    lut.gamma = gamma;
+    lut.gamma = tried.gamma;
+    lut.offset[0] = tried.fraction / kTop;
     lut.Compute();
-    for (uint32_t value = 0; value < 65536; ++value) ASSERT_EQ(lut.tables[0][value], value) << gamma;
+    for (uint32_t value = 0; value < 65535; ++value)
+      ASSERT_EQ(lut.tables[0][value], value + tried.step) << tried.gamma;
   }
   for (const double gamma : {1.1e-7, -1.1e-7}) {
     ColorLUT lut;
@@ -188,14 +200,14 @@ TEST(ColorLUT, gamma_near_1_and_near_0_is_not_active) {
     lut.Compute();
     EXPECT_EQ(lut.tables[0][200], 1u);
   }
-  // A power just above 1 is one, though it moves no value of this range.
+  // 60000.4 to the power of 1 + 2e-7 is 60000.4 * (1 + 2e-7 * 11.0) = 60000.53.
   ColorLUT lut;
-  lut.Allocate(256, 1);
+  lut.Allocate(65536, 1);
   lut.gamma = 1.0 + 2e-7;
-  lut.gain[0] = 0;
-  lut.offset[0] = -1;
+  lut.offset[0] = 0.4 / kTop;
   lut.Compute();
-  ExpectRule(lut);
+  EXPECT_EQ(lut.tables[0][60000], 60001u);
+  EXPECT_EQ(lut.tables[0][100], 100u);
 }
 
 TEST(ColorLUT, every_entry_follows_the_rule) {

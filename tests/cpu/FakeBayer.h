@@ -14,7 +14,8 @@ class FakeBayer final : public ZynBayer {
  public:
   // What the components do, and what was seen of them. Each test starts with a fresh one.
   struct Plan {
-    bool exists = true, hasParameters = true, throwsAtInit = false, throwsAtProcess = false;
+    bool exists = true, hasParameters = true, throwsAtInit = false, throwsAtProcess = false,
+         throwsAtRelease = false;
     uint32_t initCode = 0, processCode = 0;
 
     std::vector<std::string> calls;
@@ -55,7 +56,10 @@ class FakeBayer final : public ZynBayer {
     return ThePlan().processCode;
   }
 
-  void Release() override { ThePlan().calls.emplace_back("release"); }
+  void Release() override {
+    ThePlan().calls.emplace_back("release");
+    if (ThePlan().throwsAtRelease) throw std::runtime_error("release");
+  }
 
  private:
   QTD::ComponentImpl parameters;

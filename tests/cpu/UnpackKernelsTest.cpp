@@ -250,12 +250,13 @@ TEST(UnpackKernels, the_last_samples_of_a_cut_off_line_reach_into_the_next) {
   EXPECT_EQ(words[2], 0x003);
 }
 
-TEST(UnpackKernels, a_stream_without_one_group_does_nothing) {
+TEST(UnpackKernels, missing_bytes_of_a_stream_are_zero) {
   const uint8_t bytes[] = {0xFF, 0xFF, 0xFF};
+  const uint16_t expected[] = {0, 0x0FF, 0xFFF, 0xFFF};
   for (size_t count = 0; count <= 3; ++count) {
     uint16_t word = kUntouched;
     RunJob({Packing::kMono12p, bytes, count, &word, 1, 1, 1});
-    EXPECT_EQ(word, count < 3 ? kUntouched : 0xFFF);
+    EXPECT_EQ(word, expected[count]);
   }
 }
 

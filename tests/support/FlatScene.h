@@ -56,12 +56,13 @@ inline uint32_t SampleAt(const std::string& name, const Kind& kind, uint32_t x, 
   return letter == 'R' ? colour[0] : letter == 'G' ? colour[1] : colour[2];
 }
 
-// Writes two neighbouring samples of a line of packed bytes.
-inline void PutPacked(std::vector<uint8_t>& bytes, uint32_t first, uint32_t second, uint32_t depth) {
+// Writes two neighbouring samples of a line of packed bytes, or the last one of an odd line.
+inline void PutPacked(std::vector<uint8_t>& bytes, uint32_t first, uint32_t second, bool pair,
+                      uint32_t depth) {
   const uint32_t low = depth - 8, mask = (1u << low) - 1;
   bytes.push_back(static_cast<uint8_t>(first >> low));
   bytes.push_back(static_cast<uint8_t>((first & mask) | (second & mask) << 4));
-  bytes.push_back(static_cast<uint8_t>(second >> low));
+  if (pair) bytes.push_back(static_cast<uint8_t>(second >> low));
 }
 
 inline std::vector<uint8_t> FlatScene(const std::string& name, const Kind& kind, uint32_t width,
@@ -72,8 +73,8 @@ inline std::vector<uint8_t> FlatScene(const std::string& name, const Kind& kind,
   for (uint32_t y = 0; y < height; ++y) {
     for (uint32_t x = 0; x < width; ++x) {
       if (kind.uyvy) {
-        bytes.push_back(128);  // U or V
-        bytes.push_back(128);  // Y
+        bytes.push_back(x % 2 == 0 ? 100 : 150);  // U, V
+        bytes.push_back(129);                     // Y
       } else if (kind.colour) {
         const std::array<uint32_t, 3> colour = Colour(kind.depth);
         for (const size_t sample :
@@ -83,7 +84,8 @@ inline std::vector<uint8_t> FlatScene(const std::string& name, const Kind& kind,
         }
       } else if (kind.packed) {
         if (x % 2 == 0)
-          PutPacked(bytes, SampleAt(name, kind, x, y), SampleAt(name, kind, x + 1, y), kind.depth);
+          PutPacked(bytes, SampleAt(name, kind, x, y), x + 1 < width ? SampleAt(name, kind, x + 1, y) : 0,
+                    x + 1 < width, kind.depth);
       } else if (kind.lsb) {
         bits |= uint64_t{SampleAt(name, kind, x, y)} << held;
         for (held += kind.depth; held >= 8; held -= 8, bits >>= 8)
@@ -95,12 +97,15 @@ inline std::vector<uint8_t> FlatScene(const std::string& name, const Kind& kind,
       }
     }
   }
+  if (held != 0) bytes.push_back(static_cast<uint8_t>(bits));
   return bytes;
 }
 
 // The three (or one) samples of each pixel of the result.
 inline std::vector<uint32_t> FlatResult(const std::string& name, const Kind& kind) {
-  if (kind.uyvy) return {130, 130, 130};  // (128 - 16) * 255 / 219
+  // BT.601, limited range: 1.164 (Y - 16) plus 1.596 (V - 128), -0.813 (V - 128) - 0.391 (U - 128), 2.018 (U
+  // - 128)
+  if (kind.uyvy) return {167, 125, 75};
   const std::array<uint32_t, 3> colour = Colour(kind.depth);
   if (kind.mono) return {colour[1]};
   if (kind.bayer || StartsWith(name, "RGB")) return {colour[0], colour[1], colour[2]};
