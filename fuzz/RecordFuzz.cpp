@@ -1,6 +1,15 @@
 // A whole chain against records that lie.
+#include <QGuiApplication>
+
 #include "QTD/chain/QTDProcessor.h"
 #include "fuzz/FuzzInput.h"
+
+// Overlays need fonts, and these an application.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  static QGuiApplication application(*argc, *argv);
+  return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);

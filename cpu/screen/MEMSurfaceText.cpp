@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QString>
 #include <algorithm>
+#include <map>
 #include <mutex>
 
 #include "QTD/frame/Text.h"
@@ -53,11 +54,10 @@ int MEMSurfaceText::addFont(const char* fontName, const char* face, int size, bo
   const std::lock_guard<std::recursive_mutex> guard(fontsLock);
   const int count = enterFont(fontName, face, size, bold, italic);
   if (count < 0) return count;
-  const QFont font = makeFont(face, size, bold, italic);
-  std::vector<Glyph> glyphs = layGlyphs(font);
-  QImage* sheet = paintSheet(font, glyphs);
+  Made made = makeSheet(makeFont(face, size, bold, italic));
+  const QImage* const sheet = made.sheet.isNull() ? nullptr : new QImage(made.sheet);
   sheets.Set(fontName, QTD::ToText(static_cast<const void*>(sheet)));
-  intervals[fontName] = std::move(glyphs);
+  intervals[fontName] = std::move(made.glyphs);
   findFont(fontName)->Set("intv", kNoGap);
   return count;
 }
@@ -78,6 +78,27 @@ void MEMSurfaceText::removeFont(const char* fontName) {
   SurfaceText::removeFont(fontName);
 }
 
+// Every chain has a surface of this kind, with the same few fonts: painting them anew each time would take
+// longer than an image does. The pixels of a sheet are shared.
+MEMSurfaceText::Made MEMSurfaceText::makeSheet(const QFont& font) {
+  constexpr size_t kMostKept = 16;
+  static std::mutex keptLock;  // guards `kept`
+  static std::map<QString, Made> kept;
+  // The metrics tell of a screen with another resolution.
+  const QFontMetrics metrics(font);
+  const QString key = QStringLiteral("%1;%2;%3")
+                          .arg(font.toString(), QString::number(metrics.height()),
+                               QString::number(metrics.averageCharWidth()));
+  const std::lock_guard<std::mutex> guard(keptLock);
+  const auto found = kept.find(key);
+  if (found != kept.end()) return found->second;
+  Made made;
+  made.glyphs = layGlyphs(font);
+  made.sheet = paintSheet(font, made.glyphs);
+  if (kept.size() >= kMostKept) kept.clear();
+  return kept[key] = made;
+}
+
 // All glyphs left to right in one row. A space is as wide as an "i".
 std::vector<MEMSurfaceText::Glyph> MEMSurfaceText::layGlyphs(const QFont& font) {
   std::vector<Glyph> glyphs;
@@ -94,17 +115,16 @@ std::vector<MEMSurfaceText::Glyph> MEMSurfaceText::layGlyphs(const QFont& font) 
   return glyphs;
 }
 
-// The sheet, white on black, owned by the caller; null when there is nothing to paint or it would be too
-// large.
-QImage* MEMSurfaceText::paintSheet(const QFont& font, const std::vector<Glyph>& glyphs) {
+// The sheet, white on black; null when there is nothing to paint or it would be too large.
+QImage MEMSurfaceText::paintSheet(const QFont& font, const std::vector<Glyph>& glyphs) {
   const Glyph& last = glyphs.back();
   const int64_t width = (((int64_t{last.x} + last.width) * 8 + 31) & ~int64_t{31}) / 8;
   int height = 0;
   for (const Glyph& glyph : glyphs) height = std::max(height, glyph.height);
-  if (width <= 0 || height <= 0 || 3 * width * height > kMostSheetBytes) return nullptr;
-  auto sheet = std::make_unique<QImage>(static_cast<int>(width), height, QImage::Format_RGB888);
-  if (sheet->isNull()) return nullptr;
-  sheet->fill(Qt::black);
+  if (width <= 0 || height <= 0 || 3 * width * height > kMostSheetBytes) return {};
+  QImage sheet(static_cast<int>(width), height, QImage::Format_RGB888);
+  if (sheet.isNull()) return {};
+  sheet.fill(Qt::black);
 
   QFont plain = font;
   plain.setStyleStrategy(QFont::NoSubpixelAntialias);  // the coverage is one number for all channels
@@ -114,14 +134,14 @@ QImage* MEMSurfaceText::paintSheet(const QFont& font, const std::vector<Glyph>& 
     if (glyph.width == 0 || glyph.height == 0) continue;
     // A painter for each cell: a glyph that leans out of its cell must not show in its neighbour's, and a
     // long sheet passes the coordinates that a painter can draw at.
-    QImage cell(sheet->bits() + ptrdiff_t{3} * glyph.x, glyph.width, glyph.height, sheet->bytesPerLine(),
+    QImage cell(sheet.bits() + ptrdiff_t{3} * glyph.x, glyph.width, glyph.height, sheet.bytesPerLine(),
                 QImage::Format_RGB888);
     QPainter painter(&cell);
     painter.setFont(plain);
     painter.setPen(Qt::white);
     painter.drawText(0, std::max(glyph.height - descent, 0), Letter(kFirstCode + static_cast<int>(i)));
   }
-  return sheet.release();
+  return sheet;
 }
 
 void MEMSurfaceText::drawLine(const char* text, int x, int y, const char* fontName, const ColorValue* color) {
