@@ -18,10 +18,10 @@
 namespace Demosaicing {
 namespace {
 
-// Lines of a band. A band needs 26 lines more at each end; more lines leave too few bands for the threads of
+// Lines of a band. A band needs 20 lines more at each end; more lines leave too few bands for the threads of
 // a small picture.
 constexpr size_t kFewestLines = 128, kMostLines = 768;
-constexpr size_t kBandsWanted = 4 * QTD::kMostThreads;
+constexpr size_t kBandsWanted = 2 * QTD::kMostThreads;
 
 class Best : public Method {
  public:

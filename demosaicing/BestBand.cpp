@@ -42,13 +42,14 @@ void SplitLine(const BestLine& line, const uint16_t* words, float unit) {
   });
 }
 
-// The way back, rounded.
+// The way back, rounded and within the depth.
 void JoinLine(const BestLine& line, const float* sites, const float* greens, float scale, uint16_t* words) {
   const float* const even = line.Odd() != 0 ? greens : sites;
   const float* const uneven = line.Odd() != 0 ? sites : greens;
   ForEntries(line, [&](ptrdiff_t entry) {
     const auto rounded = [&](const float* from) {
-      return hn::ConvertTo(Doubles(), Get(from, entry) * Number(scale) + Number(0.5f));
+      const V within = hn::Min(hn::Max(Get(from, entry), hn::Zero(Floats())), Number(line.greatest));
+      return hn::ConvertTo(Doubles(), within * Number(scale) + Number(0.5f));
     };
     const auto pairs = hn::Or(rounded(even), hn::ShiftLeft<16>(rounded(uneven)));
     hn::StoreU(pairs, Doubles(), static_cast<int32_t*>(static_cast<void*>(words + 2 * entry)));
@@ -64,17 +65,17 @@ struct Step {
 constexpr Step kSteps[] = {
     {BendAbove, 2},
     {SumAbove, 4},
-    {SumBeside, 6},
-    {EstimateBeside, 8},
-    {EstimateAboveAtSites, 8},
-    {EstimateAboveAtGreens, 9},
-    {SumRoughness, 10},
-    {WeighDirections, 12},
-    {MixGreen, 14},
-    {SumColours, 16},
-    {FitColours, 20},
-    {MeanFits, 24},
-    {MixAtSites, 25},
+    {SumBeside, 4},
+    {EstimateBeside, 6},
+    {EstimateAboveAtSites, 6},
+    {EstimateAboveAtGreens, 7},
+    {SumRoughness, 8},
+    {WeighDirections, 10},
+    {MixGreen, 12},
+    {SumColours, 14},
+    {FitColours, 16},
+    {MeanFits, 18},
+    {MixAtSites, 19},
 };
 
 void FillBand(const Mosaic& mosaic, const Picture& picture, const BestBand& band, BestWorkspace& workspace) {

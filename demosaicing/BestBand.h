@@ -26,10 +26,10 @@ struct BestBand {
   ptrdiff_t top, bottom;
 };
 
-constexpr ptrdiff_t kBestBandWidth = 512;
+constexpr ptrdiff_t kBestBandWidth = 1048;
 
 // How far the samples lie from a pixel that they have an influence on.
-constexpr ptrdiff_t kBestReach = 26;
+constexpr ptrdiff_t kBestReach = 20;
 
 // The half lines that a band works on: of each plane, as many of the latest lines as the steps look back.
 class BestWorkspace {
@@ -47,10 +47,10 @@ class BestWorkspace {
     kWeight,       // the weight of the direction x
     kWeightY,      // the weight of the direction y
     kGreen,        // green at sites
-    kColourSums,   // eight sums for the line colour = slope * green + offset, within the line
-    kFitSums,      // the fits around, by their weights, within the line
-    kFit,          // slope, offset and what they leave, for the site's colour
-    kOther,        // the site's third colour: the value, and what the fit leaves
+    kColourSums,   // at sites, three sums of products of second differences, within the line
+    kFitSums,      // the weights of the slopes around, and the slopes by their weights, within the line
+    kFit,          // how the site's colour changes with green
+    kOther,        // the site's third colour
     kPlanes
   };
 
@@ -58,10 +58,10 @@ class BestWorkspace {
   struct Shape {
     size_t kept, halves;
   };
-  static constexpr std::array<Shape, kPlanes> kShapes = {{{27, 2},
+  static constexpr std::array<Shape, kPlanes> kShapes = {{{22, 2},
                                                           {5, 2},
                                                           {5, 5},
-                                                          {9, 5},
+                                                          {5, 5},
                                                           {3, 4},
                                                           {7, 2},
                                                           {9, 2},
@@ -69,12 +69,12 @@ class BestWorkspace {
                                                           {5, 4},
                                                           {3, 1},
                                                           {5, 1},
-                                                          {14, 1},
-                                                          {9, 8},
-                                                          {9, 3},
-                                                          {4, 3},
-                                                          {3, 2}}};
-  static constexpr size_t kScratches = 10;
+                                                          {10, 1},
+                                                          {5, 3},
+                                                          {5, 2},
+                                                          {4, 1},
+                                                          {3, 1}}};
+  static constexpr size_t kScratches = 7;
 
   BestWorkspace();  // throws std::bad_alloc
 
@@ -92,9 +92,10 @@ class BestWorkspace {
   // Samples of a whole line as they are read, and of each channel as they are written.
   uint16_t* Words(size_t number) { return words.get() + number * static_cast<size_t>(2 * kEntries); }
 
-  // The surroundings: as many more columns on both sides, and entries for the wider band.
-  static constexpr ptrdiff_t kSurroundings = 32;
+  // As many columns belong to the surroundings on both sides; the entries of both are whole vectors.
+  static constexpr ptrdiff_t kSurroundings = kBestReach;
   static constexpr ptrdiff_t kEntries = kBestBandWidth / 2 + kSurroundings;
+  static_assert(kEntries % 16 == 0);
   static constexpr ptrdiff_t kMargin = 16;
   // From a half line to the next one of the same line and plane, and to the next scratch line.
   static constexpr ptrdiff_t kStride = kEntries + 2 * kMargin;

@@ -14,127 +14,107 @@ namespace Demosaicing {
 namespace HWY_NAMESPACE {
 namespace {
 
-// For each site the line colour = slope * green + offset that fits best to the 5 x 5 sites of its colour
-// around it. The slope is that of the second differences, which makes the result smooth where green is; it is
-// drawn towards 1 where it explains little, as above.
-enum ColourSum : size_t { kBendGreen2, kBendBoth, kBendColour2, kG, kC, kGG, kGC, kCC, kColourSumCount };
+// How the colour of a site changes with green: the slope that fits best to the second differences, bends, of
+// the 3 x 3 sites of this colour around it. It is drawn towards 1 where it explains little, as above.
+enum ColourSum : size_t { kGreenSquare, kBoth, kColourSquare, kColourSums };
 
-constexpr float kColourPrior = 25.0f;  // 1 for each site of the window
+constexpr float kColourPrior = 9.0f;  // 1 for each site of the window
 constexpr float kColourTrust = 0.1f;
 constexpr float kLeastFit = -3.0f, kMostFit = 3.0f;
-constexpr float kWindow = 1.0f / 25.0f;
-constexpr float kLeastVariance = 0.01f;
 
 void SumColours(const BestLine& line) {
-  const float* const colours = line.Of<BestWorkspace::kSample>(0, kSites);
-  const float* const coloursAbove = line.Of<BestWorkspace::kSample>(-2, kSites);
-  const float* const coloursBelow = line.Of<BestWorkspace::kSample>(2, kSites);
-  const float* const greens = line.Of<BestWorkspace::kGreen>();
-  const float* const greensAbove = line.Of<BestWorkspace::kGreen>(-2);
-  const float* const greensBelow = line.Of<BestWorkspace::kGreen>(2);
-  float* const products = line.workspace.Scratch(0);
-  const auto bend = [](V middle, const float* from, const float* above, const float* below, ptrdiff_t entry) {
-    return Number(4.0f) * middle -
-           ((Get(from, entry - 1) + Get(from, entry + 1)) + (Get(above, entry) + Get(below, entry)));
+  struct Cross {
+    const float* middle;
+    const float* above;
+    const float* below;
   };
+  const Cross colours = {line.Of<BestWorkspace::kSample>(0, kSites),
+                         line.Of<BestWorkspace::kSample>(-2, kSites),
+                         line.Of<BestWorkspace::kSample>(2, kSites)};
+  const Cross greens = {line.Of<BestWorkspace::kGreen>(), line.Of<BestWorkspace::kGreen>(-2),
+                        line.Of<BestWorkspace::kGreen>(2)};
+  const auto bend = [](const Cross& at, ptrdiff_t entry) {
+    return Number(4.0f) * Get(at.middle, entry) - ((Get(at.middle, entry - 1) + Get(at.middle, entry + 1)) +
+                                                   (Get(at.above, entry) + Get(at.below, entry)));
+  };
+  float* const products = line.workspace.Scratch(0);
   ForEntries(line, [&](ptrdiff_t entry) {
-    const V green = Get(greens, entry), colour = Get(colours, entry);
-    const V bendGreen = bend(green, greens, greensAbove, greensBelow, entry);
-    const V bendColour = bend(colour, colours, coloursAbove, coloursBelow, entry);
-    Put(bendGreen * bendGreen, Numbered(products, kBendGreen2), entry);
-    Put(bendGreen * bendColour, Numbered(products, kBendBoth), entry);
-    Put(bendColour * bendColour, Numbered(products, kBendColour2), entry);
-    Put(green, Numbered(products, kG), entry);
-    Put(colour, Numbered(products, kC), entry);
-    Put(green * green, Numbered(products, kGG), entry);
-    Put(green * colour, Numbered(products, kGC), entry);
-    Put(colour * colour, Numbered(products, kCC), entry);
+    const V green = bend(greens, entry), colour = bend(colours, entry);
+    Put(green * green, Numbered(products, kGreenSquare), entry);
+    Put(green * colour, Numbered(products, kBoth), entry);
+    Put(colour * colour, Numbered(products, kColourSquare), entry);
   });
   float* const sums = line.Of<BestWorkspace::kColourSums>();
   ForEntries(line, [&](ptrdiff_t entry) {
-    for (size_t sum = 0; sum < kColourSumCount; ++sum) {
-      Put(Sum5(Numbered(products, sum), entry), Numbered(sums, sum), entry);
+    for (size_t sum = 0; sum < kColourSums; ++sum) {
+      Put(Sum3(Numbered(products, sum), entry), Numbered(sums, sum), entry);
     }
   });
 }
 
-// The fits, which count the more the less of the colour's variance they leave.
+// Slopes by their weights, and the weights: a slope counts the more the less it leaves unexplained.
 void FitColours(const BestLine& line) {
-  Lines5 sums;
-  for (size_t i = 0; i < 5; ++i)
-    sums[i] = line.Of<BestWorkspace::kColourSums>(2 * static_cast<ptrdiff_t>(i) - 4);
+  Lines3 lines;
+  for (size_t i = 0; i < 3; ++i)
+    lines[i] = line.Of<BestWorkspace::kColourSums>(2 * static_cast<ptrdiff_t>(i) - 2);
   float* const fits = line.workspace.Scratch(0);
   ForEntries(line, [&](ptrdiff_t entry) {
-    const V one = Number(1.0f), prior = Number(kColourPrior), window = Number(kWindow);
-    const V x = Sum(sums, entry, kBendGreen2) + prior, y = Sum(sums, entry, kBendBoth) + prior;
+    const V zero = hn::Zero(Floats()), one = Number(1.0f), prior = Number(kColourPrior);
+    const V square = Sum(lines, entry, kGreenSquare), both = Sum(lines, entry, kBoth),
+            colourSquare = Sum(lines, entry, kColourSquare);
+    const V x = square + prior, y = both + prior;
     V slope = y / x;
-    const V error = hn::Max((Sum(sums, entry, kBendColour2) + prior) - slope * y, hn::Zero(Floats()));
+    const V error = hn::Max((colourSquare + prior) - slope * y, zero);
     const V beyond = slope - one;
     const V better = x * (beyond * beyond);
     slope = one + (beyond * better) / ((better + Number(kColourTrust) * error) + Number(0.001f));
     slope = hn::Min(hn::Max(slope, Number(kLeastFit)), Number(kMostFit));
 
-    const V g = Sum(sums, entry, kG), c = Sum(sums, entry, kC);
-    const V offset = (c - slope * g) * window;
-    const V gg = Sum(sums, entry, kGG) - (g * g) * window;
-    const V gc = Sum(sums, entry, kGC) - (g * c) * window;
-    const V cc = Sum(sums, entry, kCC) - (c * c) * window;
-    const V product = slope * gc;
-    const V variance = ((cc - (product + product)) + (slope * slope) * gg) * window;
-    const V weight = one / hn::Max(variance, Number(kLeastVariance));
+    const V product = slope * both;
+    const V left = hn::Max((colourSquare - (product + product)) + (slope * slope) * square, zero) + prior;
+    const V weight = one / left;
     Put(weight, Numbered(fits, 0), entry);
     Put(slope * weight, Numbered(fits, 1), entry);
-    Put(offset * weight, Numbered(fits, 2), entry);
   });
-  float* const fitSums = line.Of<BestWorkspace::kFitSums>();
+  float* const sums = line.Of<BestWorkspace::kFitSums>();
   ForEntries(line, [&](ptrdiff_t entry) {
-    for (size_t fit = 0; fit < 3; ++fit) {
-      Put(Sum5(Numbered(fits, fit), entry), Numbered(fitSums, fit), entry);
-    }
+    for (size_t fit = 0; fit < 2; ++fit) Put(Sum3(Numbered(fits, fit), entry), Numbered(sums, fit), entry);
   });
 }
 
-// The mean of the 5 x 5 fits around a site, and what it leaves of the site's colour, its rest.
-enum Fit : size_t { kFitSlope, kFitOffset, kFitRest };
-
+// The mean of the 3 x 3 slopes around a site.
 void MeanFits(const BestLine& line) {
-  Lines5 sums;
-  for (size_t i = 0; i < 5; ++i)
-    sums[i] = line.Of<BestWorkspace::kFitSums>(2 * static_cast<ptrdiff_t>(i) - 4);
-  const float* const colours = line.Of<BestWorkspace::kSample>(0, kSites);
-  const float* const greens = line.Of<BestWorkspace::kGreen>();
-  float* const slopes = line.Of<BestWorkspace::kFit>(0, kFitSlope);
-  float* const offsets = line.Of<BestWorkspace::kFit>(0, kFitOffset);
-  float* const rests = line.Of<BestWorkspace::kFit>(0, kFitRest);
-  ForEntries(line, [&](ptrdiff_t entry) {
-    const V part = Number(1.0f) / Sum(sums, entry, 0);
-    const V slope = Sum(sums, entry, 1) * part, offset = Sum(sums, entry, 2) * part;
-    Put(slope, slopes, entry);
-    Put(offset, offsets, entry);
-    Put(Get(colours, entry) - (slope * Get(greens, entry) + offset), rests, entry);
-  });
+  Lines3 lines;
+  for (size_t i = 0; i < 3; ++i)
+    lines[i] = line.Of<BestWorkspace::kFitSums>(2 * static_cast<ptrdiff_t>(i) - 2);
+  float* const slopes = line.Of<BestWorkspace::kFit>();
+  ForEntries(line, [&](ptrdiff_t entry) { Put(Sum(lines, entry, 1) / Sum(lines, entry, 0), slopes, entry); });
 }
 
-// Four values around a place in two pairs, mixed so that the pair that changes less counts more. `change`
-// holds how much green changes along the pairs.
-struct Pair {
-  V before, behind, change;
+// A place that lies before or behind the one of interest: its colour, and its green.
+struct Place {
+  V colour, green;
 };
-HWY_INLINE V Mixed(const Pair& one, const Pair& two) {
-  const V flat = Number(4.0f);
-  const V roughOne = (hn::AbsDiff(one.before, one.behind) + one.change) + flat;
-  const V roughTwo = (hn::AbsDiff(two.before, two.behind) + two.change) + flat;
-  const V weightOne = roughTwo * roughTwo, weightTwo = roughOne * roughOne;
-  return (Number(0.5f) * (weightOne * (one.before + one.behind) + weightTwo * (two.before + two.behind))) /
-         (weightOne + weightTwo);
-}
 
-HWY_INLINE V Change(V here, V before, V behind) {
-  return hn::AbsDiff(here, before) + hn::AbsDiff(here, behind);
-}
+// Two places in a line through the one of interest, which has a green of its own, and a slope: what the slope
+// times green leaves of the colours, their rests; and how rough that line is, by the rests and by green.
+struct Through {
+  HWY_INLINE Through(V here, V slope, const Place& before, const Place& behind) {
+    const V restBefore = before.colour - slope * before.green,
+            restBehind = behind.colour - slope * behind.green;
+    rests = restBefore + restBehind;
+    rough = (hn::AbsDiff(restBefore, restBehind) +
+             (hn::AbsDiff(here, before.green) + hn::AbsDiff(here, behind.green))) +
+            Number(4.0f);
+  }
+  V rests, rough;
+};
 
-HWY_INLINE V Within(V value, float greatest) {
-  return hn::Min(hn::Max(value, hn::Zero(Floats())), Number(greatest));
+// The colour by green and the rests, of which those of the smoother line count more.
+HWY_INLINE V Mixed(V here, V slope, const Through& one, const Through& two) {
+  const V weightOne = two.rough * two.rough, weightTwo = one.rough * one.rough;
+  const V rest = (Number(0.5f) * (weightOne * one.rests + weightTwo * two.rests)) / (weightOne + weightTwo);
+  return slope * here + rest;
 }
 
 // The third colour at a site, from the four sites of that colour around it.
@@ -144,71 +124,61 @@ HWY_INLINE V Within(V value, float greatest) {
 //   sw    se
 void MixAtSites(const BestLine& line) {
   const ptrdiff_t left = Left(line, kSites);
-  const auto around = [&](ptrdiff_t below, size_t fit) {
-    return line.Of<BestWorkspace::kFit>(below, fit) + left;
-  };
-  const float* const slopesAbove = around(-1, kFitSlope);
-  const float* const slopesBelow = around(1, kFitSlope);
-  const float* const offsetsAbove = around(-1, kFitOffset);
-  const float* const offsetsBelow = around(1, kFitOffset);
-  const float* const restsAbove = around(-1, kFitRest);
-  const float* const restsBelow = around(1, kFitRest);
+  const float* const slopesAbove = line.Of<BestWorkspace::kFit>(-1) + left;
+  const float* const slopesBelow = line.Of<BestWorkspace::kFit>(1) + left;
+  const float* const coloursAbove = line.Of<BestWorkspace::kSample>(-1, kSites) + left;
+  const float* const coloursBelow = line.Of<BestWorkspace::kSample>(1, kSites) + left;
   const float* const greens = line.Of<BestWorkspace::kGreen>();
   const float* const greensAbove = line.Of<BestWorkspace::kGreen>(-1) + left;
   const float* const greensBelow = line.Of<BestWorkspace::kGreen>(1) + left;
-  float* const values = line.Of<BestWorkspace::kOther>(0, 0);
-  float* const rests = line.Of<BestWorkspace::kOther>(0, 1);
-  const auto mean = [](const float* above, const float* below, ptrdiff_t entry) {
-    return Number(0.25f) *
-           ((Get(above, entry) + Get(below, entry + 1)) + (Get(above, entry + 1) + Get(below, entry)));
-  };
+  float* const others = line.Of<BestWorkspace::kOther>();
   ForEntries(line, [&](ptrdiff_t entry) {
-    const V green = Get(greens, entry);
-    const auto pair = [&](ptrdiff_t before, ptrdiff_t behind) -> Pair {
-      return {Get(restsAbove, before), Get(restsBelow, behind),
-              Change(green, Get(greensAbove, before), Get(greensBelow, behind))};
-    };
-    const V rest = Mixed(pair(entry, entry + 1), pair(entry + 1, entry));
-    const V fit = mean(slopesAbove, slopesBelow, entry) * green + mean(offsetsAbove, offsetsBelow, entry);
-    Put(rest, rests, entry);
-    Put(Within(fit + rest, line.greatest), values, entry);
+    const V here = Get(greens, entry);
+    const V slope = Number(0.25f) * ((Get(slopesAbove, entry) + Get(slopesBelow, entry + 1)) +
+                                     (Get(slopesAbove, entry + 1) + Get(slopesBelow, entry)));
+    const auto above = [&](ptrdiff_t at) -> Place { return {Get(coloursAbove, at), Get(greensAbove, at)}; };
+    const auto below = [&](ptrdiff_t at) -> Place { return {Get(coloursBelow, at), Get(greensBelow, at)}; };
+    Put(Mixed(here, slope, Through(here, slope, above(entry), below(entry + 1)),
+              Through(here, slope, above(entry + 1), below(entry))),
+        others, entry);
   });
 }
 
 // Both colours at the greens. The line's own colour has its sites to the left and right, the other one above
-// and below; the rests at the two places that are left are those from above.
-void MixAtGreens(const BestLine& line, float* ownValues, float* otherValues) {
+// and below; the two places that are left have what was found above.
+void MixAtGreens(const BestLine& line, float* ownColours, float* otherColours) {
   const ptrdiff_t left = Left(line, kGreens);
   const float* const greens = line.Of<BestWorkspace::kSample>(0, kGreens);
   const float* const greensBeside = line.Of<BestWorkspace::kGreen>() + left;
   const float* const greensAbove = line.Of<BestWorkspace::kGreen>(-1);
   const float* const greensBelow = line.Of<BestWorkspace::kGreen>(1);
-  const float* const slopesBeside = line.Of<BestWorkspace::kFit>(0, kFitSlope) + left;
-  const float* const slopesAbove = line.Of<BestWorkspace::kFit>(-1, kFitSlope);
-  const float* const slopesBelow = line.Of<BestWorkspace::kFit>(1, kFitSlope);
-  const float* const offsetsBeside = line.Of<BestWorkspace::kFit>(0, kFitOffset) + left;
-  const float* const offsetsAbove = line.Of<BestWorkspace::kFit>(-1, kFitOffset);
-  const float* const offsetsBelow = line.Of<BestWorkspace::kFit>(1, kFitOffset);
-  const float* const restsBeside = line.Of<BestWorkspace::kFit>(0, kFitRest) + left;
-  const float* const restsAbove = line.Of<BestWorkspace::kFit>(-1, kFitRest);
-  const float* const restsBelow = line.Of<BestWorkspace::kFit>(1, kFitRest);
-  const float* const otherBeside = line.Of<BestWorkspace::kOther>(0, 1) + left;
-  const float* const otherAbove = line.Of<BestWorkspace::kOther>(-1, 1);
-  const float* const otherBelow = line.Of<BestWorkspace::kOther>(1, 1);
+  const float* const slopesBeside = line.Of<BestWorkspace::kFit>() + left;
+  const float* const slopesAbove = line.Of<BestWorkspace::kFit>(-1);
+  const float* const slopesBelow = line.Of<BestWorkspace::kFit>(1);
+  const float* const sitesBeside = line.Of<BestWorkspace::kSample>(0, kSites) + left;
+  const float* const sitesAbove = line.Of<BestWorkspace::kSample>(-1, kSites);
+  const float* const sitesBelow = line.Of<BestWorkspace::kSample>(1, kSites);
+  const float* const othersBeside = line.Of<BestWorkspace::kOther>() + left;
+  const float* const othersAbove = line.Of<BestWorkspace::kOther>(-1);
+  const float* const othersBelow = line.Of<BestWorkspace::kOther>(1);
   ForEntries(line, [&](ptrdiff_t entry) {
-    const V green = Get(greens, entry), half = Number(0.5f);
-    const V changeX = Change(green, Get(greensBeside, entry), Get(greensBeside, entry + 1));
-    const V changeY = Change(green, Get(greensAbove, entry), Get(greensBelow, entry));
-    const V ownRest = Mixed({Get(restsBeside, entry), Get(restsBeside, entry + 1), changeX},
-                            {Get(otherAbove, entry), Get(otherBelow, entry), changeY});
-    const V otherRest = Mixed({Get(otherBeside, entry), Get(otherBeside, entry + 1), changeX},
-                              {Get(restsAbove, entry), Get(restsBelow, entry), changeY});
-    const V ownSlope = half * (Get(slopesBeside, entry) + Get(slopesBeside, entry + 1));
-    const V ownOffset = half * (Get(offsetsBeside, entry) + Get(offsetsBeside, entry + 1));
-    const V otherSlope = half * (Get(slopesAbove, entry) + Get(slopesBelow, entry));
-    const V otherOffset = half * (Get(offsetsAbove, entry) + Get(offsetsBelow, entry));
-    Put(Within((ownSlope * green + ownOffset) + ownRest, line.greatest), ownValues, entry);
-    Put(Within((otherSlope * green + otherOffset) + otherRest, line.greatest), otherValues, entry);
+    const V here = Get(greens, entry);
+    const V greenLeft = Get(greensBeside, entry), greenRight = Get(greensBeside, entry + 1);
+    const V greenAbove = Get(greensAbove, entry), greenBelow = Get(greensBelow, entry);
+    const V own = Number(0.5f) * (Get(slopesBeside, entry) + Get(slopesBeside, entry + 1));
+    Put(Mixed(
+            here, own,
+            Through(here, own, {Get(sitesBeside, entry), greenLeft},
+                    {Get(sitesBeside, entry + 1), greenRight}),
+            Through(here, own, {Get(othersAbove, entry), greenAbove}, {Get(othersBelow, entry), greenBelow})),
+        ownColours, entry);
+    const V other = Number(0.5f) * (Get(slopesAbove, entry) + Get(slopesBelow, entry));
+    Put(Mixed(
+            here, other,
+            Through(here, other, {Get(othersBeside, entry), greenLeft},
+                    {Get(othersBeside, entry + 1), greenRight}),
+            Through(here, other, {Get(sitesAbove, entry), greenAbove}, {Get(sitesBelow, entry), greenBelow})),
+        otherColours, entry);
   });
 }
 

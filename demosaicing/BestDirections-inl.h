@@ -22,7 +22,7 @@ namespace {
 // The other kind at c is the mean of its two neighbours plus a quarter of its own bend there, which is not
 // known, but is likely a multiple of L(c): slope * L(c). At sites the slope of green comes from the bends
 // around: O is the mean of the greens' bends beside c, T the own bends, smoothed nearly as O is. With the
-// sums over 5 x 3 sites of this colour, the longer side along the direction,
+// sums over 3 x 3 sites of this colour,
 //
 //   slope = sum(L O) / sum(L T)
 //
@@ -33,7 +33,7 @@ namespace {
 enum Product : size_t { kLO, kOO, kOT, kTT, kLT, kProducts };
 
 constexpr float kSmoothMiddle = 0.55f, kSmoothSide = 0.225f;
-constexpr float kPrior = 45.0f;  // 3 for each place of the window
+constexpr float kPrior = 27.0f;  // 3 for each place of the window
 constexpr float kLeastSlope = -1.0f, kMostSlope = 2.5f;
 constexpr float kTrust = 1.5f;
 
@@ -70,8 +70,7 @@ HWY_INLINE V Slope(V dividend, V divisor, const Explained& sums) {
 }
 
 // Adds up the lines of a site's window. Keeps the sums that the greens beside will need.
-template <class Lines>
-HWY_INLINE V SlopeAtSite(const Lines& lines, float* sums, ptrdiff_t entry) {
+HWY_INLINE V SlopeAtSite(const Lines3& lines, float* sums, ptrdiff_t entry) {
   const V lo = Sum(lines, entry, kLO), oo = Sum(lines, entry, kOO), ot = Sum(lines, entry, kOT),
           tt = Sum(lines, entry, kTT), lt = Sum(lines, entry, kLT);
   Put(lo, Numbered(sums, kLO), entry);
@@ -113,7 +112,7 @@ void SumBeside(const BestLine& line) {
   float* const sums = line.Of<BestWorkspace::kBesideSums>();
   ForEntries(line, [&](ptrdiff_t entry) {
     for (size_t product = 0; product < kProducts; ++product) {
-      Put(Sum5(Numbered(products, product), entry), Numbered(sums, product), entry);
+      Put(Sum3(Numbered(products, product), entry), Numbered(sums, product), entry);
     }
   });
 }
@@ -182,9 +181,9 @@ void SumAbove(const BestLine& line) {
 }
 
 void EstimateAboveAtSites(const BestLine& line) {
-  Lines5 lines;
-  for (size_t i = 0; i < 5; ++i)
-    lines[i] = line.Of<BestWorkspace::kAboveSums>(2 * static_cast<ptrdiff_t>(i) - 4);
+  Lines3 lines;
+  for (size_t i = 0; i < 3; ++i)
+    lines[i] = line.Of<BestWorkspace::kAboveSums>(2 * static_cast<ptrdiff_t>(i) - 2);
   const Lines5 samples = Column<BestWorkspace::kSample>(line, kSites);
   float* const sums = line.Of<BestWorkspace::kSharedSums>();
   float* const slopes = line.Of<BestWorkspace::kSlope>(0, 1);

@@ -62,10 +62,6 @@ HWY_INLINE V Number(float value) {
 HWY_INLINE V Sum3(const float* from, ptrdiff_t entry) {
   return (Get(from, entry - 1) + Get(from, entry + 1)) + Get(from, entry);
 }
-HWY_INLINE V Sum5(const float* from, ptrdiff_t entry) {
-  return ((Get(from, entry - 2) + Get(from, entry + 2)) + (Get(from, entry - 1) + Get(from, entry + 1))) +
-         Get(from, entry);
-}
 
 // The same across lines, of each the half line `number` behind the given one.
 using Lines3 = std::array<const float*, 3>;

@@ -29,7 +29,7 @@
 /// |       | megapixels: green by two directions and a  | color plan interpolation in single    | (first   |
 /// |       | local slope of green against colour, then  | sensor color electronic camera", 1997,| 12)      |
 /// |       | red and blue as linear functions of green  | and Kiku, Monno, Tanaka, Okutomi, 2013|          |
-/// | 3     | the best picture, for stills and           | after Kiku, Monno, Tanaka, Okutomi:   | 40.8 dB  |
+/// | 3     | the best picture, for stills and           | after Kiku, Monno, Tanaka, Okutomi:   | 40.48 dB |
 /// |       | conversion: gradient-weighted directions   | "Residual interpolation for color     | (first   |
 /// |       | with fitted slopes, then residual          | image demosaicking", 2013, and        | 12)      |
 /// |       | interpolation of red and blue              | Pekkucuksen, Altunbasak: "Gradient    |          |

@@ -97,18 +97,17 @@ class BestModel {
       return 0.55f * bend(x, y) + 0.225f * (next(bend, x, y, -2) + next(bend, x, y, 2));
     });
     const auto sum = [&](const Plane& p, const Plane& q) {
-      return Window(Filled(22, [&](int x, int y) { return p(x, y) * q(x, y); }), 18, 2, dx != 0 ? 5 : 3,
-                    dx != 0 ? 3 : 5);
+      return Window(Filled(22, [&](int x, int y) { return p(x, y) * q(x, y); }), 18, 2, 3, 3);
     };
     const Plane lo = sum(bend, other), lt = sum(bend, smooth), oo = sum(other, other),
                 ot = sum(other, smooth), tt = sum(smooth, smooth);
     Direction result;
     const auto fit = [](float dividend, float divisor, float what, float product, float by) {
-      float slope = (dividend + 45.0f) / (std::max(divisor, 0.0f) + 45.0f);
+      float slope = (dividend + 27.0f) / (std::max(divisor, 0.0f) + 27.0f);
       slope = std::min(std::max(slope, -1.0f), 2.5f);
-      const float ofOne = ((what - (product + product)) + by) + 45.0f;
+      const float ofOne = ((what - (product + product)) + by) + 27.0f;
       const float error =
-          std::max((what - (slope * product + slope * product)) + (slope * slope) * by, 0.0f) + 45.0f;
+          std::max((what - (slope * product + slope * product)) + (slope * slope) * by, 0.0f) + 27.0f;
       const float better = std::max(ofOne - error, 0.0f);
       return 1.0f + ((slope - 1.0f) * better) / (better + 1.5f * error);
     };
@@ -161,82 +160,64 @@ class BestModel {
       });
     };
     const auto sum = [&](const Plane& p, const Plane& q) {
-      return Window(Filled(10, [&](int x, int y) { return p(x, y) * q(x, y); }), 6, 2, 5, 5);
+      return Window(Filled(10, [&](int x, int y) { return p(x, y) * q(x, y); }), 6, 2, 3, 3);
     };
     const Plane bg = bend(green), bc = bend(c);
     const Plane xx = sum(bg, bg), xy = sum(bg, bc), yy = sum(bc, bc);
-    const Plane one = Filled(10, [](int, int) { return 1.0f; });
-    const Plane g = sum(green, one), k = sum(c, one), gg = sum(green, green), gk = sum(green, c),
-                kk = sum(c, c);
-    const auto slopeAt = [&](int x, int y) {
-      const float a = xx(x, y) + 25.0f, b = xy(x, y) + 25.0f;
-      const float error = std::max((yy(x, y) + 25.0f) - (b / a) * b, 0.0f);
+    const Plane slopes = Filled(6, [&](int x, int y) {
+      const float a = xx(x, y) + 9.0f, b = xy(x, y) + 9.0f;
+      const float error = std::max((yy(x, y) + 9.0f) - (b / a) * b, 0.0f);
       const float beyond = b / a - 1.0f;
       const float better = a * (beyond * beyond);
       const float slope = 1.0f + (beyond * better) / ((better + 0.1f * error) + 0.001f);
       return std::min(std::max(slope, -3.0f), 3.0f);
-    };
-    const float part = 1.0f / 25.0f;
-    const Plane slopes = Filled(6, slopeAt);
-    const Plane weights = Filled(6, [&](int x, int y) {
-      const float varianceG = gg(x, y) - (g(x, y) * g(x, y)) * part;
-      const float covariance = gk(x, y) - (g(x, y) * k(x, y)) * part;
-      const float varianceK = kk(x, y) - (k(x, y) * k(x, y)) * part;
-      const float twice = slopes(x, y) * covariance + slopes(x, y) * covariance;
-      const float left = ((varianceK - twice) + (slopes(x, y) * slopes(x, y)) * varianceG) * part;
-      return 1.0f / std::max(left, 0.01f);
     });
-    const Plane offsets = Filled(6, [&](int x, int y) { return (k(x, y) - slopes(x, y) * g(x, y)) * part; });
-    const auto weighted = [&](const Plane& p) {
-      return Window(Filled(6, [&](int x, int y) { return p(x, y) * weights(x, y); }), 2, 2, 5, 5);
-    };
-    const Plane all = Window(weights, 2, 2, 5, 5), allSlopes = weighted(slopes),
-                allOffsets = weighted(offsets);
-    fitSlope = Filled(2, [&](int x, int y) { return allSlopes(x, y) * (1.0f / all(x, y)); });
-    fitOffset = Filled(2, [&](int x, int y) { return allOffsets(x, y) * (1.0f / all(x, y)); });
-    rest =
-        Filled(2, [&](int x, int y) { return c(x, y) - (fitSlope(x, y) * green(x, y) + fitOffset(x, y)); });
-    // What the fits leave of the other of red and blue, at the sites.
-    otherRest = Filled(1, [&](int x, int y) {
+    const Plane weights = Filled(6, [&](int x, int y) {
+      const float twice = slopes(x, y) * xy(x, y) + slopes(x, y) * xy(x, y);
+      const float left = (yy(x, y) - twice) + (slopes(x, y) * slopes(x, y)) * xx(x, y);
+      return 1.0f / (std::max(left, 0.0f) + 9.0f);
+    });
+    const Plane all = Window(weights, 2, 2, 3, 3);
+    const Plane weighted =
+        Window(Filled(6, [&](int x, int y) { return slopes(x, y) * weights(x, y); }), 2, 2, 3, 3);
+    colourSlope = Filled(2, [&](int x, int y) { return weighted(x, y) / all(x, y); });
+    // The other of red and blue, at the sites.
+    third = Filled(1, [&](int x, int y) {
       if (IsGreen(x, y)) return 0.0f;
-      return Mixed(rest, x, y, {{{-1, -1}, {1, 1}}}, {{{1, -1}, {-1, 1}}}, rest);
+      const float slope = 0.25f * ((colourSlope(x - 1, y - 1) + colourSlope(x + 1, y + 1)) +
+                                   (colourSlope(x + 1, y - 1) + colourSlope(x - 1, y + 1)));
+      return Mixed(x, y, slope, c, {{{-1, -1}, {1, 1}}}, c, {{{1, -1}, {-1, 1}}});
     });
   }
 
   using TwoPlaces = std::array<std::array<int, 2>, 2>;
 
-  // The first two places are looked up in `first`, the other two in `second`.
-  float Mixed(const Plane& first, int x, int y, const TwoPlaces& one, const TwoPlaces& two,
-              const Plane& second) const {
-    const auto rough = [&](const Plane& p, const TwoPlaces& places) {
-      const auto [a, b] = places;
-      const float change = std::fabs(green(x, y) - green(x + a[0], y + a[1])) +
-                           std::fabs(green(x, y) - green(x + b[0], y + b[1]));
-      return (std::fabs(p(x + a[0], y + a[1]) - p(x + b[0], y + b[1])) + change) + 4.0f;
+  // The colour by green and what the slope leaves at two and two places, which are looked up in a plane each.
+  float Mixed(int x, int y, float slope, const Plane& first, const TwoPlaces& one, const Plane& second,
+              const TwoPlaces& two) const {
+    const auto rest = [&](const Plane& p, const std::array<int, 2>& at) {
+      return p(x + at[0], y + at[1]) - slope * green(x + at[0], y + at[1]);
     };
-    const auto both = [&](const Plane& p, const TwoPlaces& places) {
-      return p(x + places[0][0], y + places[0][1]) + p(x + places[1][0], y + places[1][1]);
+    const auto rough = [&](const Plane& p, const TwoPlaces& at) {
+      const float change = std::fabs(green(x, y) - green(x + at[0][0], y + at[0][1])) +
+                           std::fabs(green(x, y) - green(x + at[1][0], y + at[1][1]));
+      return (std::fabs(rest(p, at[0]) - rest(p, at[1])) + change) + 4.0f;
     };
     const float roughOne = rough(first, one), roughTwo = rough(second, two);
     const float weightOne = roughTwo * roughTwo, weightTwo = roughOne * roughOne;
-    return (0.5f * (weightOne * both(first, one) + weightTwo * both(second, two))) / (weightOne + weightTwo);
+    const float restOne = rest(first, one[0]) + rest(first, one[1]);
+    const float restTwo = rest(second, two[0]) + rest(second, two[1]);
+    return slope * green(x, y) +
+           (0.5f * (weightOne * restOne + weightTwo * restTwo)) / (weightOne + weightTwo);
   }
 
   float Colour(int x, int y, bool red) const {
-    if (!IsGreen(x, y)) {
-      if (IsRed(x, y) == red) return c(x, y);
-      const auto mean = [&](const Plane& p) {
-        return 0.25f * ((p(x - 1, y - 1) + p(x + 1, y + 1)) + (p(x + 1, y - 1) + p(x - 1, y + 1)));
-      };
-      return Limited((mean(fitSlope) * green(x, y) + mean(fitOffset)) + otherRest(x, y));
-    }
+    if (!IsGreen(x, y)) return IsRed(x, y) == red ? c(x, y) : Limited(third(x, y));
     const bool beside = IsRed(x - 1, y) == red;  // sites of this colour lie to the left and right
-    const auto mean = [&](const Plane& p) {
-      return 0.5f * (beside ? p(x - 1, y) + p(x + 1, y) : p(x, y - 1) + p(x, y + 1));
-    };
-    const float mixed = Mixed(beside ? rest : otherRest, x, y, {{{-1, 0}, {1, 0}}}, {{{0, -1}, {0, 1}}},
-                              beside ? otherRest : rest);
-    return Limited((mean(fitSlope) * green(x, y) + mean(fitOffset)) + mixed);
+    const float slope = 0.5f * (beside ? colourSlope(x - 1, y) + colourSlope(x + 1, y)
+                                       : colourSlope(x, y - 1) + colourSlope(x, y + 1));
+    return Limited(
+        Mixed(x, y, slope, beside ? c : third, {{{-1, 0}, {1, 0}}}, beside ? third : c, {{{0, -1}, {0, 1}}}));
   }
 
   float Limited(float value) const { return std::min(std::max(value, 0.0f), most); }
@@ -246,5 +227,5 @@ class BestModel {
   const float scale, most;
   Plane c;      // the samples
   Plane green;  // everywhere
-  Plane fitSlope, fitOffset, rest, otherRest;
+  Plane colourSlope, third;
 };
