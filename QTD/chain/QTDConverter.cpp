@@ -16,7 +16,8 @@
 namespace {
 
 constexpr uint32_t kCodeMask = 0xFFFF;
-constexpr const char* kLastStage = "image.output";  // what follows it is for the window only
+constexpr const char* kLastStage = "image.output";
+constexpr const char* kTextStage = "image.overlay";  // what follows it is for the window only
 
 bool SameSize(const ZynImage* image, const ZynImage* info) {
   return image && info && info->width != 0 && info->height != 0 && image->width == info->width &&
@@ -185,10 +186,10 @@ uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data)
   parameters.Set("@src", QTD::ToText(static_cast<const void*>(source)))
       .Set("@out", QTD::ToText(static_cast<const void*>(output)))
       .Set("@data", QTD::ToText(static_cast<const void*>(data)));
-  const ZynImage* const picture = RunStages(*chain, source, data, opengl);
-  if (!picture) return FailRun();
   // Stages that run on the processor leave the lines of a bottom-up image in their order.
   const bool bottomUp = !opengl && IsBottomUp(*source) != marksTurned;
+  const ZynImage* const picture = RunStages(*chain, source, data, opengl, bottomUp);
+  if (!picture) return FailRun();
   if (Write(picture, bottomUp, output, data)) {
     out = output;
     state = kSucceeded;
@@ -200,24 +201,36 @@ uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data)
 
 // The walk up to the last stage that a conversion needs; null when a stage fails.
 const ZynImage* QTDConverter::RunStages(const QTDProcessor& chain, const ZynImage* source, void* data,
-                                        bool opengl) {
+                                        bool opengl, bool bottomUp) {
   const StageList& stages = chain.Stages();
   const uint32_t removals = stages.Removals();
   const ZynImage* current = source;
   for (int index = 0; index < stages.Count(); ++index) {
     ZynImgProcessor* const stage = stages.At(index);
     if (!stage) continue;
-    const bool isLast = std::strcmp(stages.NameAt(index), kLastStage) == 0;
+    const std::string stageName = stages.NameAt(index);
+    // The image that a stage made itself does not say where its line 0 is; text must know, as the lines of a
+    // bottom-up image are turned at the end.
+    if (stageName == kTextStage && current != source && IsBottomUp(*current) != bottomUp) {
+      marked = *current;
+      marked.origin = bottomUp ? 1 : 0;
+      current = &marked;
+    }
     if (stage->ProcessImage(current, nullptr, data) & kCodeMask) return nullptr;
     if (stages.Removals() != removals) return nullptr;  // the list has changed on the way
+    // A stage that put others in front of itself has moved, and is not run again.
+    if (stages.At(index) != stage) index = stages.PositionOf(stage);
     if (const ZynImage* const result = stage->Out()) current = result;
-    if (isLast) return opengl && !ReadGpu(*stage) ? nullptr : current;
+    if (stageName == kLastStage) return opengl && !ReadGpu(*stage) ? nullptr : current;
   }
-  return current;
+  return stages.Count() > 0 ? current : nullptr;
 }
 
 bool QTDConverter::Write(const ZynImage* picture, bool bottomUp, ZynImage* output, void* data) {
-  if (!writer || (writer->ProcessImage(picture, output, data) & kCodeMask)) return false;
+  // Without a way between the two formats the writer is prepared for a plain copy, which fits no output of
+  // another format, however its size agrees.
+  if (!writer || writer->GetImageInfo(false)->pixelType != output->pixelType) return false;
+  if (writer->ProcessImage(picture, output, data) & kCodeMask) return false;
   if (bottomUp && !TurnLines(*output)) return false;
   output->origin = 0;
   return true;

@@ -62,7 +62,8 @@ class QTDConverter : public ZynImgProcessor,
  private:
   uint32_t Prepare(const ZynImage& source, const ZynImage* output);
   uint32_t Run(const ZynImage* source, ZynImage* output, void* data);
-  const ZynImage* RunStages(const QTDProcessor& chain, const ZynImage* source, void* data, bool opengl);
+  const ZynImage* RunStages(const QTDProcessor& chain, const ZynImage* source, void* data, bool opengl,
+                            bool bottomUp);
   bool Write(const ZynImage* picture, bool bottomUp, ZynImage* output, void* data);
   bool ArgumentsFit(const ZynImage* source, const ZynImage* output) const;
   ZynDisplayProcessor* Parent();
@@ -75,4 +76,5 @@ class QTDConverter : public ZynImgProcessor,
   ZynDisplayProcessor* display;
   uint32_t sourceType = 0;   // the chain's pixel code
   bool marksTurned = false;  // the chain's stages mirror the meaning of `origin`
+  ZynImage marked{};         // what the text stage got instead of an image without the source's mark
 };

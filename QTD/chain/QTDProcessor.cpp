@@ -241,6 +241,8 @@ QTDProcessor::RunResult QTDProcessor::RunStages(QTDSurface* surface, const ZynIm
     // A stage that took stages out of its own chain: this is no longer the list that the image has come
     // through.
     if (stages.Removals() != removals) return RunResult::kFailed;
+    // A stage that put others in front of itself has moved, and is not run again.
+    if (stages.At(index) != stage) index = stages.PositionOf(stage);
     if (const ZynImage* const result = stage->Out()) current = result;
     ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc->Out: imageID is %llu",
               static_cast<unsigned long long>(current->imageID));

@@ -34,17 +34,17 @@ int StageList::IndexOf(const char* name) const {
   return found == entries.end() ? -1 : static_cast<int>(found - entries.begin());
 }
 
-bool StageList::Holds(const ZynImgProcessor* stage) const {
+int StageList::PositionOf(const ZynImgProcessor* stage) const {
   for (int index = 0; index < Count(); ++index) {
-    if (At(index) == stage) return true;
+    if (At(index) == stage) return index;
   }
-  return false;
+  return -1;
 }
 
 uint32_t StageList::Insert(const char* before, const char* name, ZynImgProcessor* stage) {
   if (IsEmpty(name) || !stage) return ZYN_ERR_BAD_ARGUMENT;
   // Under two names one stage would be deleted twice.
-  if (Holds(stage)) return QTD::kStageExists;
+  if (PositionOf(stage) >= 0) return QTD::kStageExists;
   auto place = entries.end();
   if (!IsEmpty(before)) {
     // A name that exists is refused only here: at the end of the list a second entry of a name may follow.

@@ -16,6 +16,7 @@ class StageList {
   ZynImgProcessor* At(int index) const;  // null out of range
   const char* NameAt(int index) const;   // "" out of range
   ZynImgProcessor* Find(const char* name) const;
+  int PositionOf(const ZynImgProcessor* stage) const;  // -1 when it is not in the list
 
   // Puts the stage in front of the entry `before`, or at the end when that is null or empty: 0, or 7, 4, 2.
   uint32_t Insert(const char* before, const char* name, ZynImgProcessor* stage);
@@ -25,12 +26,11 @@ class StageList {
   std::vector<ZynImgProcessor*> TakeAll();
 
   // Grows whenever an entry leaves. Whoever walks the list and calls stages, which may call the chain,
-  // compares it to tell that the stage at hand may be gone.
+  // compares it to tell that the stage at hand may be gone; entries that came may have moved that stage.
   uint32_t Removals() const { return removals; }
 
  private:
   int IndexOf(const char* name) const;  // -1 when there is none
-  bool Holds(const ZynImgProcessor* stage) const;
 
   std::vector<QTD::Property> entries;
   uint32_t removals = 0;

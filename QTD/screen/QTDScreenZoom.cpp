@@ -19,6 +19,8 @@ int Percent(double scale, double pixelRatio) {
 
 double LadderScale(double scale, double pixelRatio, bool in) {
   const int percent = QTD::NextZoomPercent(Percent(scale, pixelRatio), in);
+  // Below the ladder there is no further step out; a division by it would give the greatest magnification.
+  if (percent == 0) return scale;
   return GuardedDivide(pixelRatio, percent / 100.0);
 }
 

@@ -152,7 +152,10 @@ uint32_t CPUIPImage::ProcessImage(const ZynImage* source, ZynImage* output, void
     out = nullptr;
     const uint32_t code = Run(source, output);
     // Whoever counts on the copy must not read changed values instead.
-    if (!untouched.Take(code == 0 ? out : nullptr)) return Refuse(ZYN_ERR_FAILED);
+    if (!untouched.Take(code == 0 ? out : nullptr)) {
+      out = nullptr;
+      return Refuse(ZYN_ERR_FAILED);
+    }
     return Refuse(code);
   } catch (...) {
     return Refuse(ZYN_ERR_FAILED);

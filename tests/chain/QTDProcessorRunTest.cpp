@@ -351,3 +351,17 @@ TEST_F(QTDProcessorRun, traces_entry_and_exit_of_refused_images) {
                                          "QTDProcessor::ProcessImage() <- EXIT"};
   EXPECT_EQ(trace.lines, (std::vector<std::string>{once[0], once[1], once[0], once[1]}));
 }
+
+TEST_F(QTDProcessorRun, a_stage_that_inserts_others_before_itself_runs_once) {
+  QTDProcessor chain(&display, false);
+  FakeStage* const first = Add(chain, "first");
+  int inserted = 0;
+  first->onRun = [&] {
+    const std::string fresh = "new" + std::to_string(inserted++);
+    chain.InsertProcessor("first", fresh.c_str(), new FakeStage(fresh, &journal));
+  };
+  Add(chain, "second");
+  EXPECT_EQ(chain.ProcessImage(&image, nullptr, nullptr), 0u);
+  EXPECT_EQ(journal, (Journal{"first.run", "second.run"}));
+  EXPECT_EQ(chain.GetProcessorCount(), 3);  // the new one runs from the next image on
+}

@@ -35,6 +35,17 @@ TEST(Zoom, steps_along_the_ladder) {
   EXPECT_EQ(Percents(view.screen, false, 1), (std::vector<int>{3}));
 }
 
+TEST(Zoom, below_the_ladder_there_is_no_further_step_out) {
+  View view(80, 80, 20000, 20000, 1);  // 0.4 per cent
+  const double fitted = view.screen.Scale();
+  EXPECT_EQ(fitted, 250.0);
+  EXPECT_FALSE(view.screen.zoom(false, -1, true));
+  EXPECT_FALSE(view.screen.zoom(false, -1, false));
+  EXPECT_EQ(view.screen.Scale(), fitted);
+  EXPECT_TRUE(view.screen.zoom(true, -1, false));
+  EXPECT_EQ(view.screen.Scale(), 100.0);
+}
+
 TEST(Zoom, frees_the_fit_and_tells_the_owner_once) {
   View view(1000, 1000, 4000, 4000, 3);
   EXPECT_TRUE(view.screen.zoom(true, 1, false));
