@@ -1,4 +1,6 @@
-# zyn_options: warnings and sanitizers for the project's own code.
+# zyn_options: warnings and sanitizers for the project's own code. -ffp-contract=off is no warning but a promise: the
+# demosaicing methods that work in floats give the same picture with every instruction set and compiler, which joined
+# multiplications and additions would break.
 add_library(zyn_options INTERFACE)
 target_compile_options(zyn_options INTERFACE
   -Wall -Wextra -Wshadow -Wconversion -Wnon-virtual-dtor -Wcast-align -Wno-unused-command-line-argument

@@ -7,6 +7,9 @@
 namespace Demosaicing {
 namespace {
 
+// As the stages of the display library say it; the code has no other meaning here.
+constexpr uint32_t kNoMemory = 9;
+
 using Guard = std::lock_guard<std::recursive_mutex>;
 
 constexpr char kMethodName[] = "BayerAlgType";
@@ -75,7 +78,7 @@ uint32_t Bayer::Init(const ZynImage* source, ZynImage* output) {
     return code == 0 ? 0 : Failure(code);
   } catch (const std::bad_alloc&) {
     Release();
-    return Failure(9);
+    return Failure(kNoMemory);
   }
 }
 

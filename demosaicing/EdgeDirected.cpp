@@ -5,6 +5,7 @@
 
 #include "QTD/frame/ParallelSlices.h"
 #include "demosaicing/EdgeDirectedTile.h"
+#include "demosaicing/Lines.h"
 #include "demosaicing/Method.h"
 
 namespace Demosaicing {
@@ -14,10 +15,6 @@ namespace {
 // same.
 constexpr size_t kLeastTileHeight = 128, kMostTileHeight = 512;
 constexpr size_t kTilesWanted = 16;
-
-// From this many bytes on the result is stored past the caches, which could not keep it until somebody reads
-// it.
-constexpr size_t kPastCachesBytes = size_t{16} << 20;
 
 template <typename Value>
 class EdgeDirected : public Method {
@@ -32,7 +29,7 @@ class EdgeDirected : public Method {
   }
 
   void Run(const Mosaic& mosaic, const Picture& picture) override {
-    const bool pastCaches = picture.pitch * mosaic.height >= kPastCachesBytes;
+    const bool pastCaches = GoesPastCaches(mosaic);
     QTD::ForSlicesInLanes(tiles, 1, [&](size_t lane, size_t first, size_t end) {
       for (size_t number = first; number < end; ++number) {
         const size_t left = number % columns * kEdgeTileWidth, top = number / columns * tileHeight;

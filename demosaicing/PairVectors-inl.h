@@ -39,9 +39,9 @@ HWY_INLINE hn::Vec<D> LoadSamples(D tag, const uint16_t* from) {
 // The places of a line of the mosaic whose columns hold the own colour in the line of interest ("colour"),
 // and the other ones ("green"), and where their neighbours to the left and to the right are.
 //
-//   green at odd places:    C0 G0 C1 G1     left of C1 is G0, right of it G1; left of G0 is C0, right of it
-//   C1 green at even places:   G0 C0 G1 C1     left of C0 is G0, right of it G1; left of G1 is C0, right of
-//   it C1
+//   green at odd places:  C0 G0 C1 G1   left of C1 is G0, right of it G1; left of G0 is C0, right of it C1
+//
+//   green at even places: G0 C0 G1 C1   left of C0 is G0, right of it G1; left of G1 is C0, right of it C1
 template <class D>
 struct Places {
   HWY_INLINE Places(const PairLine& line, bool greenFirst)

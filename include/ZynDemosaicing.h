@@ -16,27 +16,26 @@
 /// three channels of the same depth in RGB or BGR order. Any size from 1x1 on; at the borders the picture is
 /// mirrored at its first and last line and column, so that colours keep their places.
 ///
-/// The parameter "BayerAlgType" of the component, read by `Init`, selects the method. Quality is the colour
-/// PSNR over all channels at 8 bits, pattern RG, as the mean of the 24 Kodak pictures.
+/// The parameter "BayerAlgType" of the component, read by `Init`, selects the method:
 ///
-/// | value | method                                     | source                                | quality  |
-/// |-------|--------------------------------------------|---------------------------------------|----------|
-/// | 0     | gradient-corrected linear, on 5x5 places;  | Malvar, He, Cutler: "High-quality     | 35.78 dB |
-/// |       | the default, for live pictures             | linear interpolation for demosaicing  |          |
-/// |       |                                            | of Bayer-patterned color images", 2004|          |
-/// | 1     | bilinear: the mean of the nearest places   |                                       | 30.24 dB |
-/// | 2     | edge-directed, for live pictures of a few  | after Hamilton, Adams: "Adaptive      | 39.4 dB  |
-/// |       | megapixels: green by two directions and a  | color plan interpolation in single    | (first   |
-/// |       | local slope of green against colour, then  | sensor color electronic camera", 1997,| 12)      |
-/// |       | red and blue as linear functions of green  | and Kiku, Monno, Tanaka, Okutomi, 2013|          |
-/// | 3     | the best picture, for stills and           | after Kiku, Monno, Tanaka, Okutomi:   | 40.48 dB |
-/// |       | conversion: gradient-weighted directions   | "Residual interpolation for color     | (first   |
-/// |       | with fitted slopes, then residual          | image demosaicking", 2013, and        | 12)      |
-/// |       | interpolation of red and blue              | Pekkucuksen, Altunbasak: "Gradient    |          |
-/// |       |                                            | based threshold free color filter     |          |
-/// |       |                                            | array interpolation", 2010            |          |
+/// - 0: gradient-corrected linear interpolation on 5x5 places, the default, for live pictures. Malvar, He,
+///   Cutler: "High-quality linear interpolation for demosaicing of Bayer-patterned color images", 2004.
+///   36.22 and 38.10 dB.
+/// - 1: bilinear, the mean of the nearest places: what the paper above compares itself with. 30.63 and
+///   34.63 dB.
+/// - 2: edge-directed, for live pictures of a few megapixels: green by two directions and a local slope of
+///   green against colour, then red and blue as linear functions of green. After Hamilton, Adams: "Adaptive
+///   color plan interpolation in single sensor color electronic camera", 1997, and Kiku and others, 2013, see
+///   3. 39.44 and 40.01 dB.
+/// - 3: the best picture, for stills and conversion: gradient-weighted directions with fitted slopes, then
+///   residual interpolation of red and blue. After Kiku, Monno, Tanaka, Okutomi: "Residual interpolation for
+///   color image demosaicking", 2013, and Pekkucuksen, Altunbasak: "Gradient based threshold free color
+///   filter array interpolation", 2010. 40.48 and 40.61 dB.
 ///
-/// Samples above the depth count as its greatest value.
+/// The figures are measured: colour PSNR over all channels at 8 bits, pattern RG, four pixels of border left
+/// out, the means over the first twelve Kodak pictures and over six free photographs.
+///
+/// Each place keeps the colour that it has seen exactly. Samples above the depth count as its greatest value.
 ///
 /// Threads: any thread may call any operation of a component; `Init`, `ProcessImage` and `Release` exclude
 /// each other. A call works on several threads where the machine has them. Return values are codes of
@@ -47,7 +46,8 @@ class ZynBayer {
   virtual ZynComponent* GetComponent() = 0;
 
   /// Interpolates `source` into the buffer of `output`; both must be like the images given to `Init`, with
-  /// lines that lie within `imageSize`. 7 for images that are not, 8 before `Init`.
+  /// lines that lie within `imageSize`, and must not share memory. 7 for images that are not so, 8 before
+  /// `Init`.
   virtual uint32_t ProcessImage(const ZynImage* source, ZynImage* output) = 0;
 
   /// Prepares for sources and outputs like these; the buffers are not touched. 3 for formats that are not

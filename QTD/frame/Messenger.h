@@ -36,7 +36,7 @@ class Messenger : public Thread {
   // for that thread; the caller should hold no lock. Always true.
   virtual bool RemoveReceiver(ZynDisplayCommand* receiver);
   // The OR of the receivers' results. Without `args` the receivers get an empty map, without the common
-  // pairs. What a receiver throws goes on to the caller.
+  // pairs. What a receiver throws goes on to the caller, when all the others have been told.
   virtual uint32_t Send(const char* message, ARGUMENTS* args);
   // False for a null name; an empty one is not queued.
   virtual bool Post(const char* message, ARGUMENTS* args);

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <algorithm>
 #include <condition_variable>
+#include <exception>
 #include <list>
 #include <thread>
 
@@ -233,6 +234,7 @@ std::vector<ZynDisplayCommand*> Receivers::Copy() const {
 
 uint32_t Receivers::Deliver(const char* message, ARGUMENTS& args, Exceptions exceptions) {
   uint32_t results = 0;
+  std::exception_ptr first;
   for (ZynDisplayCommand* receiver : Copy()) {
     const Delivery delivery(*this, receiver);
     if (!delivery) continue;
@@ -241,9 +243,11 @@ uint32_t Receivers::Deliver(const char* message, ARGUMENTS& args, Exceptions exc
         results |= target->RunCommand(message, &args);
       }
     } catch (...) {
-      if (exceptions == Exceptions::pass) throw;
+      // The others hear the message all the same.
+      if (!first) first = std::current_exception();
     }
   }
+  if (first && exceptions == Exceptions::pass) std::rethrow_exception(first);
   return results;
 }
 

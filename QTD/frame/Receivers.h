@@ -41,7 +41,9 @@ class Receivers {
   // then.
   void WaitForDeliveries(const ZynDisplayCommand* receiver, uint64_t moment) const;
 
-  // Calls each receiver in order of registration; the OR of their results. All see the same `args`.
+  // Calls each receiver in order of registration; the OR of their results. All see the same `args`. One that
+  // throws does not hide the message from the others; with `pass` the first exception goes on to the caller
+  // at the end.
   uint32_t Deliver(const char* message, ARGUMENTS& args, Exceptions exceptions);
 
   // Whether the calling thread is inside a delivery, of whichever messenger.

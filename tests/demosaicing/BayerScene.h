@@ -147,9 +147,3 @@ class BayerScene {
   const uint32_t sourceLine;
   GuardedBytes sourceBytes, outputBytes;
 };
-
-// Whether a method exists.
-inline bool HasMethod(int64_t method) {
-  BayerScene scene(kSceneFormats[0], false, 16, 16);
-  return scene.Run(*MakeBayer(method)) == 0;
-}

@@ -159,7 +159,7 @@ TEST_F(BayerTest, refuses_a_source_and_an_output_that_share_memory) {
 TEST_F(BayerTest, survives_init_with_the_largest_sizes) {
   for (const auto& [width, height] :
        {std::pair(0xFFFFFFFFu, 0xFFFFFFFFu), {0xFFFFFFFFu, 1u}, {1u, 0xFFFFFFFFu}}) {
-    for (const int64_t method : {0, 1}) {
+    for (const int64_t method : {0, 1, 2, 3}) {
       bayer->GetComponent()->SetParameterInt("BayerAlgType", method);
       scene.source.width = scene.output.width = width;
       scene.source.height = scene.output.height = height;

@@ -86,6 +86,13 @@ TEST_F(BestTest, does_not_show_where_its_bands_begin) {
   for (const uint32_t height : {127u, 128u, 129u})
     ExpectModelOfNoise(FormatOf(ZYN_PIXEL_BAYERGB8), 3, height);
   ExpectModelOfNoise(FormatOf(ZYN_PIXEL_BAYERBG8), 1100, 140);
+  // High enough for bands of other heights.
+  ExpectModelOfNoise(FormatOf(ZYN_PIXEL_BAYERRG8), 5, 3001);
+  ExpectModelOfNoise(FormatOf(ZYN_PIXEL_BAYERGR12), 4, 9001);
+}
+
+TEST_F(BestTest, follows_its_definition_where_results_go_past_the_caches) {
+  ExpectModelOfNoise(FormatOf(ZYN_PIXEL_BAYERGB12), 2049, 720);
 }
 
 TEST_F(BestTest, keeps_black_black_and_white_white) {
