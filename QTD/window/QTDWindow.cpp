@@ -9,6 +9,7 @@
 
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/Text.h"
+#include "QTD/window/QTDZoom.h"
 #include "cpu/screen/CPUScreen.h"
 #include "cpu/screen/CPUSurface.h"
 
@@ -17,6 +18,18 @@ using QTD::ToText;
 namespace {
 
 constexpr int kOneToOne = 3;
+
+// Keys typed one after the other, and the command that they stand for.
+struct KeySequence {
+  const char* typed;
+  const char* command;
+};
+
+constexpr KeySequence kKeySequences[] = {
+    {"sd", "cmd.display.view.status"},
+    {"si", "cmd.display.view.info"},
+};
+constexpr int kLongestSequence = 2;
 
 int HeldSize(uint32_t pixels) {
   return static_cast<int>(std::min<uint32_t>(pixels, std::numeric_limits<int>::max()));
@@ -50,14 +63,21 @@ bool QTDWindow::open() {
   {
     std::lock_guard<std::recursive_mutex> input(inputLock);
     QWindow::create();
-    if (!makeSurface(opengl) || !makeScreen()) failed = true;
+    failed = !makeSurface(opengl);
+    zoom = std::make_unique<QTDZoom>(this);
+    if (!failed) failed = !makeScreen();
     if (!failed) {
       screen->setPixelRatio(devicePixelRatio());
       drawObjects.setSurface(surface.get());
       drawObjects.setViewport(0, 0, surface->size.width, surface->size.height);
       std::lock_guard<std::recursive_mutex> hold(handlersLock);
+      // Each in front of those before, so that the rubber band is asked first.
       handlers.insert(handlers.begin(), static_cast<QTDInput*>(this));
+      handlers.insert(handlers.begin(), zoom.get());
     }
+    for (const KeySequence& sequence : kKeySequences)
+      keyboard.sequences.Set(sequence.typed, sequence.command);
+    keyboard.maxLength = std::max(keyboard.maxLength, kLongestSequence);
   }
   if (failed) {
     close();
@@ -65,6 +85,13 @@ bool QTDWindow::open() {
   }
   // A window that was closed and opened again while it is shown gets no further resize event.
   if (shownSize.isValid()) resize(shownSize.width(), shownSize.height());
+  // The picture stays over a closing; its new screen does not know of it yet.
+  QSize pictureSize;
+  {
+    std::lock_guard<std::mutex> hold(imageLock);
+    if (image) pictureSize = QSize(HeldSize(image->width), HeldSize(image->height));
+  }
+  if (pictureSize.isValid()) screen->setImageSize(pictureSize.width(), pictureSize.height());
   Execute("view.changed", nullptr);
   return true;
 }
@@ -99,6 +126,7 @@ bool QTDWindow::close() {
     std::lock_guard<std::recursive_mutex> hold(handlersLock);
     handlers.clear();
   }
+  zoom.reset();  // takes a band that is shown off the overlays
   releaseMouse();
   mouseMode = kIdle;
   rightPressed = false;
@@ -186,6 +214,10 @@ void QTDWindow::mapToGlobal(QPoint& point) {
 
 void QTDWindow::mapFromGlobal(QPoint& point) {
   if (parent) point = parent->mapFromGlobal(point);
+}
+
+QWidget* QTDWindow::ParentWidget() const {
+  return parent;
 }
 
 void QTDWindow::setScrollBars(QScrollBar* horizontal, QScrollBar* vertical) {

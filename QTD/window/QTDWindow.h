@@ -16,6 +16,7 @@
 #include "QTD/screen/DrawObjects.h"
 #include "QTD/screen/QTDScreen.h"
 #include "QTD/screen/QTDSurface.h"
+#include "QTD/window/KeyboardCommand.h"
 #include "QTD/window/MouseNotification.h"
 #include "QTD/window/QTDInput.h"
 #include "QTD/window/UpdateEvent.h"
@@ -23,14 +24,15 @@
 #include "ZynImage.h"
 
 class QScrollBar;
+class QTDZoom;
 class QWidget;
 
 namespace QTD {
 class Messenger;
 }
 
-// Owns the surface, the screen and the overlay store, paints on a posted update request, and turns mouse and
-// wheel into view changes and notifications.
+// Owns the surface, the screen, the rubber band and the overlay store, paints on a posted update request, and
+// turns mouse, wheel and keys into view changes and notifications.
 //
 // Order of locks: `inputLock`, `renderLock`, then those of the screen and of the overlay store. Host code,
 // which notifications run, is called with none of them held: it may close or delete the window.
@@ -41,7 +43,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   QTDWindow(QWidget* parentWidget, bool opengl);
   ~QTDWindow() override;
 
-  virtual bool open();      // makes surface and screen; GUI thread
+  virtual bool open();      // makes surface, screen and rubber band; GUI thread
   virtual bool close();     // deletes them; GUI thread
   virtual bool isOpen();    // GUI thread
   virtual bool hasImage();  // any thread
@@ -75,6 +77,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   bool mouseDouble(int x, int y, bool left) override;
   bool wheel(int delta) override;
   bool focusLost() override;
+  bool key(int code) override;
 
   // Moves overlays and bars when the view has changed since they were last moved, without telling the host.
   // `render` does so before it paints, so that a change which nobody announced moves them too. Any thread.
@@ -84,6 +87,8 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   void setMessenger(QTD::Messenger* receiver);                       // not owned, may be null; any thread
   QTDSurface* Surface() const { return surface.get(); }
   QTDScreen* Screen() const { return screen.get(); }
+  QTDZoom* Zoom() const { return zoom.get(); }  // null while closed; GUI thread
+  QWidget* ParentWidget() const;                // the viewer widget; GUI thread
   QTD::DrawObjects& Objects() { return drawObjects; }
 
  Q_SIGNALS:
@@ -107,6 +112,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   // Changed on the GUI thread only, under `inputLock` and `renderLock`.
   std::unique_ptr<QTDSurface> surface;
   std::unique_ptr<QTDScreen> screen;
+  std::unique_ptr<QTDZoom> zoom;
   const ZynImage* image = nullptr;  // not owned; written under `renderLock` and `imageLock`
   bool failed = false;              // `open` did not succeed
   QTD::DrawObjects drawObjects;
@@ -124,6 +130,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   QPointer<QScrollBar> vertBar;
   std::atomic<QTD::Messenger*> messenger{nullptr};
   std::atomic<uint32_t> notificationFlags{QTD::kNotifyView | QTD::kNotifyButtons};
+  QTD::KeyboardCommand keyboard;  // the keys that are not the view's own; guarded by `inputLock`
 
  private:
   bool onGuiThread() const;
@@ -145,8 +152,8 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   void grabMouse();
   void releaseMouse();
   void showCursor(Qt::CursorShape shape);
-
-  int telling = 0;  // notices that are being sent; GUI thread
+  bool trackRectangle(QPoint position);
+  void endRectangle();
 
   // Overlays and bars
   QTD::ViewState currentView();

@@ -1,11 +1,13 @@
-// The window's own handler: pan, double click, wheel, and the notifications that tell the host about the
-// mouse.
+// The window's own handler: pan, zoom rectangle, double click, wheel, and the notifications that tell the
+// host about the mouse.
 #include <QCursor>
+#include <QGuiApplication>
 #include <cstdlib>
 
 #include "QTD/frame/Messenger.h"
 #include "QTD/frame/Text.h"
 #include "QTD/window/QTDWindow.h"
+#include "QTD/window/QTDZoom.h"
 
 using QTD::MouseNotice;
 using QTD::ToText;
@@ -14,6 +16,13 @@ namespace {
 
 constexpr int kWheelStep = 120;  // delta of one notch
 constexpr double kWheelCoefficient = 1.1;
+constexpr int64_t kStillClick = 4;  // pixels that the mouse may move during a right click
+
+int64_t SquaredDistance(const QPoint& one, const QPoint& other) {
+  const int64_t x = static_cast<int64_t>(one.x()) - other.x();
+  const int64_t y = static_cast<int64_t>(one.y()) - other.y();
+  return x * x + y * y;
+}
 
 }  // namespace
 
@@ -33,7 +42,6 @@ QTDWindow::Told QTDWindow::tellHost(MouseNotice notice, const QPoint& position,
 
   const QPointer<QTDWindow> self(this);
   const bool wasOpen = isOpen();
-  ++telling;
   hold.unlock();
   uint32_t answer = 0;
   try {
@@ -47,7 +55,6 @@ QTDWindow::Told QTDWindow::tellHost(MouseNotice notice, const QPoint& position,
   }
   if (!self) return Told::Gone;
   hold.lock();
-  --telling;
   if (wasOpen && !isOpen()) {
     hold.unlock();
     return Told::Gone;
@@ -104,22 +111,50 @@ bool QTDWindow::mouseMove(int x, int y, bool) {
     showCursor(Qt::OpenHandCursor);
     return true;
   }
+  if (zoom && (mouseMode == kZoomRectangle || rightPressed)) return trackRectangle(QPoint(x, y));
   showCursor(Qt::ArrowCursor);
   return false;
 }
 
+// A movement with the right button down. The mode follows the movement even where no band can be shown.
+bool QTDWindow::trackRectangle(QPoint position) {
+  mapToGlobal(position);
+  if (rightPressed && SquaredDistance(position, pressPos) > kStillClick * kStillClick) {
+    const bool control = QGuiApplication::keyboardModifiers().testFlag(Qt::ControlModifier);
+    zoom->begin(this, &pressPos, control);
+    mouseMode = kZoomRectangle;
+    rightPressed = false;
+    return true;
+  }
+  zoom->trackTo(nullptr);
+  return true;
+}
+
+// Zooms on the band as it is now; one that is too small changes nothing in the view.
+void QTDWindow::endRectangle() {
+  if (screen) screen->setFit(0, false);
+  QTD::RectI band;
+  zoom->finish(&band);
+  const uint32_t asked = zoom->CurrentMode();
+  if (!screen || asked == QTDZoom::kNoZoom) return;
+  QPoint corner(band.x, band.y);
+  mapFromGlobal(corner);
+  screen->zoomToRect({corner.x(), corner.y(), band.width, band.height}, asked == QTDZoom::kZoomIn);
+}
+
 bool QTDWindow::mouseUp(int x, int y, bool left, bool) {
   std::unique_lock<std::recursive_mutex> hold(inputLock);
-  ++presses;
   if (!isOpen()) return false;
   bool handled = false;
   if (left) {
+    const uint32_t release = ++presses;
     if (mouseMode == kHeldByHost && wantsNotice(MouseNotice::LeftUp)) {
       releaseMouse();
       mouseMode = kIdle;
     }
     // A host that takes the release leaves a pan running.
     if (tellHost(MouseNotice::LeftUp, QPoint(x, y), hold) != Told::GoOn) return false;
+    if (release != presses) return false;  // another press came before the answer: what runs now is its own
     // `grabbed` alone: another button has ended the pan's mode meanwhile, and the grab must not outlive it.
     if (mouseMode == kPan || grabbed) {
       mouseMode = kIdle;
@@ -132,7 +167,11 @@ bool QTDWindow::mouseUp(int x, int y, bool left, bool) {
     pressPos = QPoint();
     rightPressed = false;
     mouseMode = kIdle;
-    if (tellHost(MouseNotice::RightClick, QPoint(x, y), hold) == Told::Gone) return false;
+    if (zoom && zoom->IsActive()) {
+      endRectangle();
+    } else if (tellHost(MouseNotice::RightClick, QPoint(x, y), hold) == Told::Gone) {
+      return false;
+    }
     update();
     handled = true;
   }
@@ -143,7 +182,8 @@ bool QTDWindow::mouseUp(int x, int y, bool left, bool) {
 bool QTDWindow::mouseDouble(int x, int y, bool left) {
   std::lock_guard<std::recursive_mutex> hold(inputLock);
   if (!screen || !left) return false;
-  screen->moveTo(x, y, "win");
+  // Without a picture there is nothing to centre, and a centre that waits for the first one stays.
+  if (hasImage()) screen->moveTo(x, y, "win");
   return true;
 }
 
@@ -158,12 +198,12 @@ bool QTDWindow::wheel(int delta) {
 
 bool QTDWindow::focusLost() {
   std::unique_lock<std::recursive_mutex> hold(inputLock);
-  ++presses;
+  const uint32_t loss = ++presses;
   if (mouseMode == kHeldByHost && wantsNotice(MouseNotice::Free)) {
     releaseMouse();
     mouseMode = kIdle;
   }
-  if (tellHost(MouseNotice::Free, pressPos, hold) != Told::GoOn) return false;
+  if (tellHost(MouseNotice::Free, pressPos, hold) != Told::GoOn || loss != presses) return false;
   if (mouseMode == kPan || grabbed) {
     releaseMouse();
     pressPos = QPoint();
@@ -174,6 +214,11 @@ bool QTDWindow::focusLost() {
     }
   } else {
     rightPressed = false;
+  }
+  // Also one whose mode another button has ended meanwhile: it must not outlive the focus.
+  if (zoom && zoom->IsActive()) {
+    endRectangle();
+    update();
   }
   mouseMode = kIdle;
   showCursor(Qt::ArrowCursor);

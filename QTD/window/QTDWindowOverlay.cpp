@@ -134,9 +134,10 @@ void QTDWindow::followView() {
 }
 
 // Works on copies: the store's locks are not held while the screen is asked. What comes of it goes into
-// objects that are still there.
+// objects that are still there, and which nobody stores anew meanwhile.
 void QTDWindow::moveObjects() {
   if (!screen) return;
+  const std::lock_guard<std::recursive_mutex> hold(renderLock);
   tracker.BeginPass();
   const QTD::ViewState seen = currentView();
   std::vector<std::string> ids;

@@ -43,7 +43,7 @@ TEST(Zoom, below_the_ladder_there_is_no_further_step_out) {
   EXPECT_FALSE(view.screen.zoom(false, -1, false));
   EXPECT_EQ(view.screen.Scale(), fitted);
   EXPECT_TRUE(view.screen.zoom(true, -1, false));
-  EXPECT_EQ(view.screen.Scale(), 100.0);
+  EXPECT_EQ(view.screen.Scale(), 20.0);  // the first step of the ladder, 5 per cent
 }
 
 TEST(Zoom, frees_the_fit_and_tells_the_owner_once) {

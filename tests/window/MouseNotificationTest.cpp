@@ -218,6 +218,26 @@ TEST_F(MouseTest, notices_go_out_with_no_lock_held) {
 
 // A host that asks its user in a box of its own, whose event loop brings the release in before the press is
 // answered: there is nothing left to pan.
+// A receiver of the release runs the event loop, and the user presses again within it.
+TEST_F(MouseTest, a_press_that_comes_before_the_release_is_answered_goes_on) {
+  ConnectHost();
+  window->Screen()->setFit(3, true);
+  Press(100, 100);
+  bool pressed = false;
+  host.OnMessage([&](const Arguments& arguments) {
+    if (arguments.at("code") != "mouse.up" || pressed) return;
+    pressed = true;
+    Press(120, 100);
+  });
+  Release(100, 100);
+  ASSERT_TRUE(pressed);
+  host.OnMessage(nullptr);
+  ASSERT_TRUE(At(-200, -150));
+  Move(130, 100);
+  EXPECT_TRUE(At(-190, -150));
+  Release(130, 100);
+}
+
 TEST_F(MouseTest, a_release_that_comes_before_the_press_is_answered_ends_it) {
   for (const bool focus : {false, true}) {
     SCOPED_TRACE(focus);

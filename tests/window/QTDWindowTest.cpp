@@ -6,6 +6,7 @@
 
 #include "Harness.h"
 #include "QTD/frame/Text.h"
+#include "QTD/window/QTDZoom.h"
 
 namespace {
 
@@ -61,16 +62,19 @@ TEST(QTDWindow, opens_with_a_surface_and_a_screen_at_one_to_one) {
   EXPECT_FALSE(window.failed);
   EXPECT_EQ(window.Surface(), QTD::ParsePointer(window.GetValue("surface", "")));
   EXPECT_EQ(3, window.Screen()->properties.GetInt("fit"));
-  ASSERT_EQ(1u, window.handlers.size());
-  EXPECT_EQ(static_cast<QTDInput*>(&window), window.handlers.front());
+  // The rubber band is asked first.
+  ASSERT_EQ(2u, window.handlers.size());
+  EXPECT_EQ(static_cast<QTDInput*>(window.Zoom()), window.handlers.front());
+  EXPECT_EQ(static_cast<QTDInput*>(&window), window.handlers.back());
 }
 
-TEST(QTDWindow, opens_again_with_one_handler) {
+TEST(QTDWindow, opens_again_with_the_same_handlers) {
   BareWindow window(nullptr, false);
   ASSERT_TRUE(window.open());
   ASSERT_TRUE(window.open());
   EXPECT_TRUE(window.isOpen());
-  EXPECT_EQ(1u, window.handlers.size());
+  ASSERT_EQ(2u, window.handlers.size());
+  EXPECT_EQ(static_cast<QTDInput*>(window.Zoom()), window.handlers.front());
 }
 
 TEST(QTDWindow, does_not_open_with_opengl) {
@@ -307,6 +311,16 @@ TEST_F(QTDWindowTest, a_window_that_is_opened_again_keeps_its_size) {
   const Picture picture(500, 400);
   Show(picture);
   EXPECT_DOUBLE_EQ(-50.0, window->Screen()->Picture().x);
+  EXPECT_EQ(qRgb(10, 200, 30), Grab().pixel(399, 299));
+}
+
+TEST_F(QTDWindowTest, a_window_that_is_opened_again_keeps_its_picture) {
+  const Picture picture(500, 400);
+  Show(picture);
+  ASSERT_TRUE(window->open());
+  EXPECT_DOUBLE_EQ(500.0, window->Screen()->Picture().width);
+  window->update();
+  QCoreApplication::processEvents();
   EXPECT_EQ(qRgb(10, 200, 30), Grab().pixel(399, 299));
 }
 

@@ -1,48 +1,10 @@
 // The same by a real pointer: the X server's events instead of ones that were made here.
-#include <QProcess>
-#include <cmath>
-
-#include "Harness.h"
+#include "RealHarness.h"
 
 namespace {
 
-using windowtest::OnX;
-using windowtest::Picture;
-using windowtest::Settle;
-using windowtest::ViewerTest;
+using windowtest::RealInputTest;
 using windowtest::WaitFor;
-
-// A 800 by 600 picture in the 400 by 300 window, one to one: its corner lies at (-200, -150).
-class RealInputTest : public ViewerTest {
- protected:
-  void SetUp() override {
-    if (!OnX()) GTEST_SKIP() << "needs an X server";
-    ViewerTest::SetUp();
-    Show(picture);
-    widget->raise();
-    Point(390, 290);
-    Settle();
-  }
-
-  static void Do(const QString& what) {
-    ASSERT_EQ(0, QProcess::execute(QStringLiteral("xdotool"), what.split(QLatin1Char(' '))))
-        << qPrintable(what);
-    Settle();
-  }
-  // Moves the pointer to a place in the window.
-  void Point(int x, int y) {
-    const QPoint global = viewer->mapToGlobal(QPoint(x, y));
-    Do(QStringLiteral("mousemove --sync %1 %2").arg(global.x()).arg(global.y()));
-  }
-  bool Reaches(double x, double y) {
-    return WaitFor([&] {
-      const QTD::RectD view = window->Screen()->Picture();
-      return std::abs(view.x - x) < 1e-6 && std::abs(view.y - y) < 1e-6;
-    });
-  }
-
-  const Picture picture{800, 600, [](int x, int) { return x < 400 ? qRgb(250, 0, 0) : qRgb(0, 0, 240); }};
-};
 
 }  // namespace
 
