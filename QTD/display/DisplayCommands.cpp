@@ -1,4 +1,5 @@
 // Named commands of the controller: dispatch, parameter access, notifications.
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -19,6 +20,12 @@ ZynDisplayCommand* Receiver(QTD::ARGUMENTS* args) {
   return static_cast<ZynDisplayCommand*>(QTD::ArgumentView(args).GetPointer("proc"));
 }
 
+// Compares as far as both go: a name that is shorter than the prefix fits too, an empty one does not.
+bool HasPrefix(const std::string& name, const char* prefix) {
+  const std::size_t length = std::min(name.size(), std::strlen(prefix));
+  return length > 0 && name.compare(0, length, prefix, length) == 0;
+}
+
 }  // namespace
 
 uint32_t QTDDisplay::RunCommand(const char* name, QTD::ARGUMENTS* args) {
@@ -33,6 +40,8 @@ uint32_t QTDDisplay::RunCommand(const char* name, QTD::ARGUMENTS* args) {
     GetParameterByCommand(args);
     return 0;
   }
+  if (HasPrefix(command, "cmd.display.view")) return RunCommandDisplayView(command.c_str(), args);
+  if (HasPrefix(command, "cmd.display.overlay")) return RunCommandDisplayOverlay(command.c_str(), args);
   if (args && command == "cmd.system.notification.add") return AddNotification(Receiver(args)) & kLowByte;
   if (args && command == "cmd.system.notification.del") return DelNotification(Receiver(args)) & kLowByte;
   if (command == "cmd.image.rebuild") {
@@ -44,6 +53,7 @@ uint32_t QTDDisplay::RunCommand(const char* name, QTD::ARGUMENTS* args) {
     Q_EMIT signalRebuildImage();
     return exists ? 1 : 0;
   }
+  if (HasPrefix(command, "cmd.system.menu")) return RunCommandSystemMenu(command.c_str(), args);
   if (!command.empty() && command.front() == '@') return SendMessageByCommand(command.c_str(), args);
   return 0;
 }

@@ -8,6 +8,7 @@
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
+#include "QTD/display/ScopedCount.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/platform/Platform.h"
 
@@ -42,6 +43,8 @@ uint32_t QTDDisplay::InitConverter(const ZynImage* outputFormat) {
 }
 
 void QTDDisplay::ReleaseConverter() {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return;
   std::lock_guard<std::recursive_mutex> guard(convertLock);
   converter.reset();
 }
@@ -72,8 +75,9 @@ uint32_t QTDDisplay::BeginConversion() {
 
 // Takes the turn and sees to a converter; with `renew`, to one for this `output`. It is prepared under the
 // processing lock, which the GUI thread may hold while it waits for its own turn: so the turn is given up
-// when that lock is not free.
+// when that lock is not free, and the GUI thread sees that somebody wants it.
 uint32_t QTDDisplay::BeginConversionWithConverter(const ZynImage* output, bool renew) {
+  QTD::ScopedCount waiting(preparing);
   for (;;) {
     if (const uint32_t code = BeginConversion()) return code;
     const std::shared_ptr<QTDConverter> current = CurrentConverter();
@@ -93,6 +97,7 @@ uint32_t QTDDisplay::BeginConversionWithConverter(const ZynImage* output, bool r
       return code;
     }
     EndConversion();
+    if (!QTD::platform::OnGuiThread()) waiting.Raise();
     QTD::WaitABit();
   }
 }
@@ -126,10 +131,11 @@ uint32_t QTDDisplay::ConvertInTurn(const ZynImage* input, ZynImage* output, bool
 
 // Works on copies of the records, in which depth and channels follow from the pixel code.
 uint32_t QTDDisplay::ConvertCompleted(const ZynImage* input, ZynImage* output) {
-  const ZynImage completedInput = input ? QTD::ImageCompleted(*input) : ZynImage{};
+  // Stages that work in place go on pointing at the record when the conversion is over.
+  convertedInput = input ? QTD::ImageCompleted(*input) : ZynImage{};
   ZynImage completedOutput = output ? QTD::ImageCompleted(*output) : ZynImage{};
   const uint32_t code =
-      ConvertPrepared(input ? &completedInput : nullptr, output ? &completedOutput : nullptr);
+      ConvertPrepared(input ? &convertedInput : nullptr, output ? &completedOutput : nullptr);
   if (code == 0) {
     output->imageID = completedOutput.imageID;
     output->origin = completedOutput.origin;
@@ -206,12 +212,12 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
     } else {
       ++walking;
       code = request->converter->ProcessImage(inputImage, outputImage, nullptr) & kCodeMask;
-      --walking;
       const uint32_t state = request->converter->GetState();
       // The outcome stands in the state; arguments that do not fit leave it untouched and have a code of
       // their own.
       if (code == 0) code = state == QTDConverter::kSucceeded ? 0u : static_cast<uint32_t>(ZYN_ERR_FAILED);
       if (state > QTDConverter::kSucceeded) code = ZYN_ERR_FAILED;
+      code = EndWalk(code);
     }
   }
   lastError = code;

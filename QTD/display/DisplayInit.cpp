@@ -99,7 +99,8 @@ uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& par
     code = InitDisplay(static_cast<const ZynImage*>(params.GetPointer("inputImageFormat")));
   } catch (...) {
     // A parameter that cannot be read as a number, or host code that ran meanwhile.
-    Uninitialize();
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    FreeAll();
   }
   lastError = code;
   return code;
@@ -113,8 +114,9 @@ uint32_t QTDDisplay::InitDisplay(const ZynImage* imageFormat) {
   if (initialising || walking > 0) return ZYN_ERR_NOT_READY;
   QTD::ScopedFlag flag(initialising);
   const bool opengl = parameters.GetInt("system.opengl") != 0;
-  Uninitialize();
+  FreeAll();
   lastError = 0;
+  checkQueued = 0;
   StartTimer();
 
   bool success = PrepareViewer(opengl);
@@ -123,7 +125,7 @@ uint32_t QTDDisplay::InitDisplay(const ZynImage* imageFormat) {
     // By default a format that cannot be processed shows only at the first image.
     if (parameters.GetBool("system.silent")) success = true;
   }
-  if (!success) Uninitialize();
+  if (!success) FreeAll();
 
   outputRateHistory.Reset(0.0);
   inputRate.Reset();
@@ -173,7 +175,8 @@ bool QTDDisplay::BuildProcessor(const ZynImage* imageFormat) {
   parameters.Set("surface", viewer->Parameters().GetString("surface", QTD::ToText(nullptr)));
 
   processor = std::make_unique<QTDProcessor>(this, parameters.GetInt("system.opengl") != 0);
-  // A host may remove stages on any thread. The viewer lives longer than the chain that was built for it.
+  // A host may remove stages on any thread. The viewer lives longer than the chain that was built for it, or
+  // is taken out of this handler.
   processor->SetStagesLeaving([shown = viewer] { shown->setImage(nullptr, false); });
   processor->Parameters().Set("image.downscale",
                               QTD::ToText(parameters.GetInt("processing.image.downscale", "0")));
@@ -200,7 +203,10 @@ bool QTDDisplay::PrepareFormat(const ZynImage* imageFormat) {
   const uint64_t bytes = uint64_t{format->imageSize} + QTD::kRecordSize;
   if (bytes > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return false;
   if (!incoming.Allocate(static_cast<int32_t>(bytes))) return false;
-  const ZynImage header = QTD::ImageCompleted(*imageFormat);
+  ZynImage header = QTD::ImageCompleted(*imageFormat);
+  // On the processor frames run, and are shown, in the order of their lines, without a mark: no stage may
+  // count on one. A conversion follows the mark of its own image.
+  if (!viewer->IsOpenGL()) header.origin = 0;
   if (processor->Init(&header) != 0) return false;
   {
     // The chain's lock comes before the viewer's, as where a stage leaves.
@@ -216,6 +222,7 @@ bool QTDDisplay::PrepareFormat(const ZynImage* imageFormat) {
 
 void QTDDisplay::ReleaseFormat() {
   SetPrepared({});
+  lastImageID = 0;
   QTD::ImageDelete(format);
 }
 
@@ -225,9 +232,16 @@ void QTDDisplay::TakePictureAway() {
 }
 
 void QTDDisplay::Uninitialize() {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return;
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
-  // A stage that asks for it stands in the chain that would go.
-  if (walking > 0) return;
+  // A stage that asks for it stands in the chain that would go. Host code that asks for it while the viewer
+  // is made would take the timer from a display that is ready a moment later.
+  if (walking == 0 && !initialising) FreeAll();
+}
+
+// What `Uninitialize` frees; the three locks are held.
+void QTDDisplay::FreeAll() {
   TakePictureAway();
   processor.reset();
   ++builds;

@@ -1,6 +1,8 @@
 // The road of one image: from the host's thread into the buffer, and from there through the chain to the
 // viewer.
 #include <algorithm>
+#include <chrono>
+#include <limits>
 #include <thread>
 
 #include "QTD/chain/QTDProcessor.h"
@@ -10,6 +12,7 @@
 #include "QTD/frame/ImagePayload.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
+#include "QTD/image/PixelFormats.h"
 #include "QTD/window/QTDViewer.h"
 #include "QTD/window/QTDWindow.h"
 
@@ -19,6 +22,33 @@ namespace {
 constexpr uint32_t kNotifyProcessed = 1;
 
 constexpr uint32_t kCodeMask = 0xFFFF;
+
+// A queued check that has not come by then counts as thrown away, as hosts can do with queued events.
+constexpr int64_t kCheckMilliseconds = 1000;
+
+// How long a check waits for threads that want the processing lock.
+constexpr std::chrono::milliseconds kLetInPatience{4};
+
+int64_t Milliseconds() {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(
+             std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+// Lines of packed formats follow each other without padding, whatever a record's pitch says: so cameras send
+// them, and so they are unpacked. Only a pitch beyond the usual rounding means lines that are really padded,
+// and only where each line begins with a byte of its own can they be moved together.
+bool HasPaddedPackedLines(const ZynImage& image) {
+  const uint32_t bits = QTD::BitsPerPixel(image.pixelType);
+  const bool pairsOfBytes = (image.pixelType & 0xF000) == 0x1000;  // "Packed": a line takes whole bytes
+  const bool wholeBytes = pairsOfBytes || uint64_t{bits} * image.width % 8 == 0;
+  return wholeBytes && image.linePitch > QTD::LinePitch(image.width, bits) && QTD::LinesFit(image);
+}
+
+// Whether all pixels can lie in the bytes that the record claims. Packed bytes that are missing count as 0.
+bool CanBeTrue(const ZynImage& image) {
+  return QTD::IsPackedFormat(image.pixelType) || QTD::LinesFit(image);
+}
 
 }  // namespace
 
@@ -75,15 +105,21 @@ void QTDDisplay::WriteFrame(const ZynImage& image, const Prepared& expected) {
   ZynImage record = image;
   const bool samePicture = image.width == expected.width && image.height == expected.height &&
                            image.pixelType == expected.pixelType;
+  const bool packed = QTD::IsPackedFormat(image.pixelType);
   const uint64_t lineBytes = QTD::LineBytes(image);
-  if (samePicture && image.linePitch > expected.linePitch && lineBytes <= expected.linePitch &&
-      QTD::LinesFit(image)) {
+  // One line has no next one, however far off the record puts it.
+  const uint64_t pitch = image.height == 1 ? lineBytes : image.linePitch;
+  const bool reachable = pitch <= static_cast<uint64_t>(std::numeric_limits<int32_t>::max());
+  const bool padded = packed ? HasPaddedPackedLines(image)
+                             : image.linePitch > expected.linePitch && lineBytes <= expected.linePitch &&
+                                   QTD::LinesFit(image);
+  if (samePicture && padded && reachable) {
     // Lines that are merely padded wider lose their padding.
-    incoming.WriteLines(image.imageData, static_cast<int32_t>(image.linePitch),
-                        static_cast<int32_t>(lineBytes), static_cast<int32_t>(image.height),
-                        static_cast<int32_t>(expected.linePitch));
-    record.linePitch = expected.linePitch;
-    record.imageSize = expected.imageSize;
+    const auto step = packed ? static_cast<uint32_t>(lineBytes) : expected.linePitch;
+    incoming.WriteLines(image.imageData, static_cast<int32_t>(pitch), static_cast<int32_t>(lineBytes),
+                        static_cast<int32_t>(image.height), static_cast<int32_t>(step));
+    record.linePitch = step;
+    record.imageSize = packed ? step * image.height : expected.imageSize;
   } else if (image.imageSize <= static_cast<uint32_t>(tail)) {
     incoming.Write(image.imageData, static_cast<int32_t>(image.imageSize), 0);
   } else if (samePicture) {
@@ -105,18 +141,32 @@ uint32_t QTDDisplay::TakeAway() {
 // One queued check finds whatever has come in until it runs: a host that is faster than the GUI thread does
 // not pile up events.
 void QTDDisplay::QueueCheck(void (QTDDisplay::*checkSignal)()) {
-  if (!checkQueued.exchange(true)) Q_EMIT(this->*checkSignal)();
+  const int64_t now = Milliseconds();
+  int64_t since = checkQueued;
+  if (since != 0 && now - since < kCheckMilliseconds) return;
+  // Of several threads that come here at once, one queues.
+  if (checkQueued.compare_exchange_strong(since, now)) Q_EMIT(this->*checkSignal)();
+}
+
+// A thread that prepares a converter tries again and again to get the processing lock, and would hardly ever
+// meet the short moments between two frames that come in a row: it is given one.
+void QTDDisplay::LetConverterIn() {
+  const auto end = std::chrono::steady_clock::now() + kLetInPatience;
+  while (preparing > 0 && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
 }
 
 void QTDDisplay::slotCheckIncomingBuffer() {
   QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return;
-  checkQueued = false;
+  checkQueued = 0;
   // A receiver of "notification.image" ran the event loop: the check that is under way looks again.
   if (checking) {
     checkAgain = true;
     return;
   }
+  LetConverterIn();
   ZynImage* shown = nullptr;
   bool hasFrame = false;
   {
@@ -141,17 +191,22 @@ bool QTDDisplay::CanProcess() const {
   return format && processor && Window() && lastError == 0;
 }
 
-// Swaps the buffers and runs the newest frame, if there is one, through the chain. The swap lock is held
-// throughout, so that the host waits for at most one processing.
+// Runs the newest frame, if there is one, through the chain. The swap lock is held throughout, so that the
+// host waits for at most one processing. The buffers are swapped for a new frame only: until then the frame
+// that was shown last stays in front, where a rebuild finds it and no host writes.
 uint32_t QTDDisplay::ProcessFront(bool* hasFrame) {
   std::lock_guard<std::recursive_mutex> swap(incoming.SwapLock());
-  incoming.Swap();
+  const bool arrived = incoming.BackCount() != 0;
   uint32_t code = 0;
   if (!CanProcess()) {
+    // What has come in is dropped: two swaps clear both counts.
+    incoming.Swap();
+    incoming.Swap();
     // An earlier failure turns the waiting checks into 8, until the next image clears it.
     code = ZYN_ERR_NOT_READY;
     lastError = code;
-  } else if (incoming.FrontCount() != 0 && incoming.Size() >= 1) {
+  } else if (arrived && incoming.Size() >= 1) {
+    incoming.Swap();
     *hasFrame = true;
     const uint32_t build = builds;
     code = RunChain();
@@ -170,21 +225,39 @@ uint32_t QTDDisplay::RunChain() {
   const int32_t tail = incoming.Size() - static_cast<int32_t>(QTD::kRecordSize);
   std::copy_n(front + tail, QTD::kRecordSize, reinterpret_cast<uint8_t*>(&record));
 
-  format->imageData = incoming.Front();
-  format->imageSize = record.imageSize;
-  format->linePitch = record.linePitch;
-  format->imageID = record.imageID;
-  // A size or pitch that cannot be true for the buffer ends the image here.
-  if (format->imageSize > static_cast<uint32_t>(tail) || !QTD::LinesFit(*format)) return ZYN_ERR_BAD_ARGUMENT;
+  ZynImage image = *format;
+  image.imageData = incoming.Front();
+  image.imageSize = record.imageSize;
+  image.linePitch = record.linePitch;
+  image.imageID = record.imageID;
+  // A size or pitch that cannot be true for the buffer ends the image here. No rebuild may believe it, and
+  // the image before it has left the front buffer.
+  if (image.imageSize > static_cast<uint32_t>(tail) || !CanBeTrue(image)) {
+    format->imageData = nullptr;
+    return ZYN_ERR_BAD_ARGUMENT;
+  }
+  *format = image;
+  lastImageID = image.imageID;
   return WalkChain();
 }
 
 // `handlerLock` is held, so that no other thread sees the count above 0.
 uint32_t QTDDisplay::WalkChain() {
   ++walking;
-  const uint32_t code = processor->ProcessImage(format, nullptr, nullptr) & kCodeMask;
+  return EndWalk(processor->ProcessImage(format, nullptr, nullptr) & kCodeMask);
+}
+
+// The display of a viewer that went during the walk is closed now, and the walk has failed. `handlerLock` is
+// held.
+uint32_t QTDDisplay::EndWalk(uint32_t code) {
   --walking;
-  return code;
+  if (!viewerLost) return code;
+  if (walking == 0) {
+    viewerLost = false;
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    FreeAll();
+  }
+  return ZYN_ERR_NOT_READY;
 }
 
 void QTDDisplay::NotifyImage(uint32_t code) {
@@ -216,14 +289,14 @@ void QTDDisplay::slotRebuildImage() {
   bool done = false;
   {
     std::lock_guard<std::recursive_mutex> guard(handlerLock);
-    // The last image may lie in the buffer that the host writes next.
+    // As while a new frame is processed: hosts wait.
     std::lock_guard<std::recursive_mutex> swap(incoming.SwapLock());
     inputRate.Tick(true);
     if (format && format->imageData && processor) {
       const uint32_t code = WalkChain();
       lastError = code;
       done = code == 0;
-      rebuilt = processor->Out();
+      if (done) rebuilt = processor->Out();
     }
   }
   if (done) Q_EMIT signalImageProcessed(rebuilt, true);

@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <algorithm>
 
+#include "QTD/display/GuiThread.h"
 #include "QTD/frame/Messenger.h"
 #include "QTD/platform/GuiThread.h"
 #include "QTD/platform/Platform.h"
@@ -104,10 +105,21 @@ void LiveObjects::Remove(const void* object) {
   found->second.closing = true;
   // Map nodes stay where they are while others come and go.
   auto& calls = found->second.byThread;
-  left.wait(guard, [&calls] {
+  const auto othersHaveLeft = [&calls] {
     return std::all_of(calls.begin(), calls.end(),
                        [](const auto& call) { return call.first == std::this_thread::get_id(); });
-  });
+  };
+  const bool gui = platform::OnGuiThread();
+  while (!othersHaveLeft()) {
+    if (!gui) {
+      left.wait(guard);
+      continue;
+    }
+    // A call under way may itself wait for this thread, or for a receiver that does.
+    guard.unlock();
+    WaitABit();
+    guard.lock();
+  }
   objects.erase(object);
 }
 

@@ -29,7 +29,8 @@ class LiveObjects {
   // else a moment later from the event loop. False when the object is not alive.
   bool Retire(const void* object, std::function<void()> destroy);
 
-  // For objects that are deleted directly: refuses further calls and waits for those of other threads.
+  // For objects that are deleted directly: refuses further calls and waits for those of other threads. On the
+  // GUI thread events are handled meanwhile.
   void Remove(const void* object);
 
  private:

@@ -47,7 +47,6 @@ void RegisterSignalTypes() {
 
 QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
   RegisterSignalTypes();
-  QTD::LiveObjects::Controllers().Add(Key());
 
   parameters.Set("class", "QTDDisplay");
   parameters.Set("system.opengl", QTD::ToText(opengl));
@@ -68,15 +67,17 @@ QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
   SetParameterHandlers(this, this);
   messenger.GetCommonProperties()->Set("from", QTD::ToText(static_cast<const void*>(this)));
   messenger.AddReceiver(this);
+  // Last: an address is known only when nothing can go wrong any more.
+  QTD::LiveObjects::Controllers().Add(Key());
 }
 
 QTDDisplay::~QTDDisplay() {
   BeginClosing();
   QTD::LiveObjects::Controllers().Remove(Key());
   EndParameterCalls();
-  Uninitialize();
   {
     std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    FreeAll();
     QTDViewer* closed = viewer;
     viewer = nullptr;
     delete closed;
@@ -95,6 +96,8 @@ ZynComponent* QTDDisplay::GetComponent() {
 }
 
 ZynImgProcessingChain* QTDDisplay::GetProcessor() {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
+  if (!call) return nullptr;
   std::lock_guard<std::recursive_mutex> guard(handlerLock);
   return processor.get();
 }
@@ -114,10 +117,17 @@ QTDScreen* QTDDisplay::Screen() const {
 }
 
 // The host deleted its widget, and the viewer goes with it: the display is closed until the next
-// `Initialize`.
+// `Initialize`. A stage of the host's may have done it: then the chain, in which that stage stands, forgets
+// the viewer at once and goes when it has run.
 void QTDDisplay::slotViewerClosing() {
-  Uninitialize();
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  if (walking > 0) {
+    viewerLost = true;
+    TakePictureAway();
+    if (processor) processor->SetStagesLeaving(nullptr);
+  } else {
+    FreeAll();
+  }
   viewer = nullptr;
   parameters.Set("surface", QTD::ToText(nullptr));
 }
@@ -129,4 +139,9 @@ void QTDDisplay::slotTimer() {
   outputRate.Tick(false);
   outputRateHistory.Push(outputRate.Rate());
   inputRate.Tick(false);
+  try {
+    UpdateStatus();
+  } catch (...) {
+    // A parameter that cannot be read; nothing may leave an event handler.
+  }
 }

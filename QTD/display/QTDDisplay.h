@@ -67,6 +67,9 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   virtual bool SetScale(double scale, bool refresh);
   virtual bool SetCenter(double fractionX, double fractionY, bool refresh);
   virtual QTD::Messenger* GetMessenger();
+  virtual uint32_t RunCommandDisplayOverlay(const char* name, QTD::ARGUMENTS* args);
+  virtual uint32_t RunCommandDisplayView(const char* name, QTD::ARGUMENTS* args);
+  virtual uint32_t RunCommandSystemMenu(const char* name, QTD::ARGUMENTS* args);
 
   // As `ConvertImage`; where the prepared converter does not fit, another one is prepared within the same
   // turn.
@@ -75,6 +78,8 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   // The display is about to be deleted: ends the waiting of all calls under way with code 8, and tells no
   // receiver anything any more.
   void BeginClosing();
+
+  bool IsClosing() const { return closing; }  // any thread
 
   QTDViewer* Viewer() const { return viewer; }  // GUI thread
   uint32_t LastError() const { return lastError; }
@@ -98,8 +103,23 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void slotRebuildImage();
   void slotTimer();
   void slotViewerClosing();
+  void slotMenuFitWindow();
+  void slotMenuFillWindow();
+  void slotMenuZoom25();
+  void slotMenuZoom50();
+  void slotMenuZoom100();
+  void slotMenuZoom200();
+  void slotMenuZoomIn();
+  void slotMenuZoomOut();
+  void slotMenuCenterImage();
+  void slotMenuCenterHere();
 
  private:
+  // The handlers of one command family each, with the table of their names.
+  struct ViewCommands;
+  struct OverlayCommands;
+  struct MenuCommands;
+
   // Under which address the table of living displays knows this one.
   const void* Key() const { return static_cast<const ZynDisplayProcessor*>(this); }
 
@@ -140,6 +160,7 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void StartTimer();
   void ReleaseFormat();
   void TakePictureAway();
+  void FreeAll();
 
   // Intake
   uint32_t CheckImage(const ZynImage& image, const Prepared& expected) const;
@@ -149,6 +170,8 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   uint32_t ProcessFront(bool* hasFrame);
   uint32_t RunChain();
   uint32_t WalkChain();
+  uint32_t EndWalk(uint32_t code);
+  void LetConverterIn();
   void NotifyImage(uint32_t code);
   bool CanProcess() const;
   Prepared PreparedFormat();
@@ -169,6 +192,9 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void SetParameterByCommand(QTD::ARGUMENTS* args);
   void GetParameterByCommand(QTD::ARGUMENTS* args);
   uint32_t SendMessageByCommand(const char* name, QTD::ARGUMENTS* args);
+  uint32_t UpdateStatus();  // 1 when the status line is switched on, and brought up to date
+  void ShowInfo();
+  void SetMenuScale(double scale);
   bool HasPicture() const;
   QTDWindow* Window() const;
   QTDScreen* Screen() const;
@@ -191,12 +217,16 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   std::atomic<uint32_t> imageNotificationFlags{0};  // bit 0 asks for "notification.image" after each image
 
   std::atomic<bool> closing{false};
-  std::atomic<bool> checkQueued{false};  // a check of the incoming buffer waits in the event queue
-  bool checking = false;                 // GUI thread: a check is on the stack
-  bool checkAgain = false;               // GUI thread: another one was asked for meanwhile
-  int walking = 0;                       // GUI thread: runs of the chain on the stack
-  bool initialising = false;             // GUI thread: an initialisation is on the stack
-  std::atomic<uint32_t> builds{0};       // counts builds of the chain; changes with `processor`
+  std::atomic<int64_t> checkQueued{0};  // since when a check waits in the event queue, milliseconds; 0: none
+  bool checking = false;                // GUI thread: a check is on the stack
+  bool checkAgain = false;              // GUI thread: another one was asked for meanwhile
+  int walking = 0;                      // GUI thread: runs of the chain on the stack
+  bool viewerLost = false;              // GUI thread: the viewer went while the chain ran
+  bool initialising = false;            // GUI thread: an initialisation is on the stack
+  std::atomic<uint32_t> builds{0};      // counts builds of the chain; changes with `processor`
+  std::atomic<int> preparing{0};        // threads that wait for `handlerLock` to prepare a converter
+
+  std::atomic<uint64_t> lastImageID{0};  // as in `format`, for readers without `handlerLock`
 
   std::mutex preparedLock;  // guards `prepared`
   Prepared prepared;
@@ -205,4 +235,5 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   std::shared_ptr<Conversion> conversion;  // the one under way
   bool converting = false;                 // one caller at a time converts
   std::thread::id convertingThread;        // which one
+  ZynImage convertedInput{};  // the input of the last conversion, completed; belongs to that caller
 };

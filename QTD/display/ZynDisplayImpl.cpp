@@ -2,14 +2,15 @@
 
 #include <QApplication>
 #include <QWidget>
-#include <algorithm>
-#include <functional>
+#include <atomic>
+#include <exception>
+#include <memory>
 
+#include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Text.h"
-#include "QTD/platform/GuiThread.h"
 
 namespace {
 
@@ -26,11 +27,12 @@ QWidget* FindParent(void* parent) {
 }  // namespace
 
 ZynDisplayImpl::ZynDisplayImpl() : controller(std::make_unique<QTDDisplay>(nullptr, false)) {
-  QTD::LiveObjects::Displays().Add(static_cast<ZynDisplay*>(this));
   parameters.Set("class", "ZynDisplayImpl");
   SetParameterHandlers(this, this);
   controller->AddNotification(this);
   parameters.Set("system.signature", QTD::ToText(static_cast<long long>(reinterpret_cast<intptr_t>(this))));
+  // Last: an address is known only when nothing can go wrong any more.
+  QTD::LiveObjects::Displays().Add(static_cast<ZynDisplay*>(this));
 }
 
 ZynDisplayImpl::~ZynDisplayImpl() {
@@ -55,10 +57,16 @@ void ZynDisplayImpl::Shutdown() {}
 uint32_t ZynDisplayImpl::Initialize(void* parent, const char* mode, const ZynImage* format) {
   QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
-  // Windows are looked up on the GUI thread.
-  const int64_t found =
-      QTD::platform::AskGuiThread([parent] { return reinterpret_cast<intptr_t>(FindParent(parent)); });
-  const void* widget = found ? reinterpret_cast<void*>(found) : parent;
+  const void* widget = parent;
+  if (parent && QCoreApplication::instance()) {
+    // Windows are looked up on the GUI thread, and waited for like the initialisation itself: a window's id
+    // must never pass for the address of a widget because that thread was busy.
+    const auto found = std::make_shared<std::atomic<QWidget*>>(nullptr);
+    const bool looked = QTD::RunOnGuiThread([found, parent] { *found = FindParent(parent); },
+                                            [this] { return controller->IsClosing(); });
+    if (!looked) return Compose(ZYN_ERR_NOT_READY);
+    widget = *found;
+  }
   controller->Parameters().Set("system.parentWidget", QTD::ToText(widget));
   return Initialize(format, mode);
 }
@@ -105,7 +113,13 @@ uint32_t ZynDisplayImpl::TranslatePosition(uint32_t* x, uint32_t* y, int directi
   view.Set("cs.dst", toImage ? "img" : "win").Set("cs.src", toImage ? "win" : "img");
   const uint32_t result = controller->RunCommand("cmd.display.view.translate", &args);
   // The command answers "%f" text: reading it as an integer cuts the fraction off.
-  if (x) *x = static_cast<uint32_t>(view.GetInt("pos.x"));
-  if (y) *y = static_cast<uint32_t>(view.GetInt("pos.y"));
+  try {
+    const int newX = view.GetInt("pos.x");
+    const int newY = view.GetInt("pos.y");
+    if (x) *x = static_cast<uint32_t>(newX);
+    if (y) *y = static_cast<uint32_t>(newY);
+  } catch (const std::exception&) {
+    return Compose(ZYN_ERR_FAILED);  // too large for an integer: the position stays
+  }
   return result == 0 ? Compose(ZYN_ERR_FAILED) : 0;
 }

@@ -172,20 +172,25 @@ TEST_F(CarelessHost, an_initialisation_that_gives_up_leaves_nothing_behind) {
 TEST_F(CarelessHost, a_deletion_waits_for_a_parameter_call_that_is_under_way) {
   ZynDisplay* display = ZynDisplay_CreateComponent();
   auto* implementation = static_cast<ZynDisplayImpl*>(display);
-  std::atomic<bool> locked{false}, returned{false};
+  std::atomic<bool> locked{false}, released{false}, returned{false}, waited{false};
   // Holds the list's lock for a while, so that the host's call stays inside.
   std::thread holder([&] {
     std::lock_guard<std::recursive_mutex> guard(implementation->Parameters().Mutex());
     locked = true;
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    released = true;
   });
+  // The controller is the first that goes.
+  QObject::connect(implementation->Controller(), &QObject::destroyed, [&] { waited = released.load(); });
   while (!locked) std::this_thread::yield();
   std::thread host([&] {
     implementation->SetParameterInt("text.pos.x", 5);
     returned = true;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(returned);
   ZynDisplay_DeleteComponent(display);
+  EXPECT_TRUE(waited);
   EXPECT_TRUE(WaitFor([&] { return returned.load(); }));
   holder.join();
   host.join();

@@ -161,6 +161,14 @@ TEST_F(Commands, any_command_may_be_called_from_inside_a_notification) {
     display->SetParameterInt("display.view.bgcolor", 5);
     double scale = 0;
     display->GetParameterDouble("display.view.scale", &scale);
+    for (const char* command :
+         {"cmd.display.view.fit", "cmd.display.view.zoom.out", "cmd.display.view.at",
+          "cmd.display.view.image", "cmd.display.view.translate", "cmd.display.view.status",
+          "cmd.display.view.info", "cmd.system.menu.create"}) {
+      QTD::ARGUMENTS args;
+      EXPECT_EQ(display->RunCommand(command, &args), 1u) << command;
+      if (args.count("qmenu")) display->RunCommand("cmd.system.menu.delete", &args);
+    }
     display->DelNotification(&receiver);
     display->AddNotification(&receiver);
     display->DisplayVideo(&image.record);

@@ -166,6 +166,36 @@ TEST_F(Convert, a_notification_and_a_thread_convert_at_once) {
   EXPECT_GE(good, 30);
 }
 
+TEST_F(Convert, is_prepared_while_the_gui_thread_processes_frame_after_frame) {
+  Start(input);
+  receiver.OnMessage([this](const std::string& name) {
+    if (name != "notification.image") return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    display->DisplayVideo(&input.record);  // the next one waits before this one is done
+  });
+  constexpr int kConversions = 5;
+  std::atomic<int> good{0};
+  std::atomic<bool> finished{false};
+  std::thread host([&] {
+    for (int i = 0; i < kConversions; ++i) {
+      display->ReleaseConverter();
+      good += display->ConvertImage(&input.record, &output.record) == 0;
+    }
+    finished = true;
+  });
+  // Between two frames the processing lock is free for some microseconds only.
+  display->DisplayVideo(&input.record);
+  while (!finished && receiver.Images() < 3000) {
+    display->slotCheckIncomingBuffer();
+    QCoreApplication::sendPostedEvents(display.get(), QEvent::MetaCall);
+  }
+  EXPECT_LE(receiver.Images(), std::size_t{40} * kConversions);
+  receiver.OnMessage(nullptr);
+  EXPECT_TRUE(WaitFor([&] { return finished.load(); }));
+  host.join();
+  EXPECT_EQ(good, kConversions);
+}
+
 // A host's stage that calls the display from inside the chain.
 class CallingStage : public CPUIPImage {
  public:

@@ -2,7 +2,10 @@
 #include <algorithm>
 #include <vector>
 
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
 #include "tests/display/DisplayFixture.h"
+#include "tests/display/HostCodeStage.h"
 
 namespace display_test {
 namespace {
@@ -65,6 +68,30 @@ TEST_F(HostStage, before_image_unpacked_works_on_each_image_that_the_host_sends)
     EXPECT_TRUE(std::all_of(shown->imageData, shown->imageData + 64 * 3,
                             [level](uint8_t value) { return value == 255 - level; }));
   }
+}
+
+TEST_F(HostStage, that_fails_ends_the_image_with_1_until_the_next_one) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48, 0, 50);
+  Start(image);
+  bool fails = true;
+  auto* const stage = new HostCodeStage([&fails] { return fails ? 0x80FF0005u : 0u; });
+  ASSERT_EQ(display->GetProcessor()->InsertProcessor("image.unpacked", "host", stage), 0u);
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitForImages(1));
+  EXPECT_EQ(receiver.LastResult(), "1");  // the stage's own code is not passed on
+  EXPECT_EQ(display->LastError(), 1u);
+  Settle();
+  EXPECT_EQ(display->LastError(), 1u);  // nothing waits that would turn it into 8
+  EXPECT_FALSE(display->Viewer()->Window()->hasImage());
+  EXPECT_EQ(display->OutputRate().Total(), 0);
+
+  fails = false;
+  EXPECT_EQ(display->DisplayVideo(&image.record), 0u);
+  EXPECT_EQ(display->LastError(), 0u);
+  ASSERT_TRUE(WaitForImages(2));
+  EXPECT_EQ(receiver.LastResult(), "0");
+  EXPECT_TRUE(WaitFor([this] { return display->Viewer()->Window()->hasImage(); }));
+  EXPECT_EQ(display->OutputRate().Total(), 1);
 }
 
 }  // namespace display_test

@@ -150,6 +150,61 @@ TEST_F(Intake, more_bytes_than_the_picture_can_have_end_it_with_7) {
   EXPECT_EQ(receiver.LastResult(), "7");
 }
 
+TEST_F(Intake, one_line_has_no_next_one_however_large_its_pitch) {
+  HostImage image(ZYN_PIXEL_MONO8, 16, 1);
+  Start(image);
+  for (uint32_t x = 0; x < 16; ++x) image.pixels[x] = static_cast<uint8_t>(x * 3);
+  std::size_t images = 0;
+  for (const uint32_t pitch : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+    ZynImage record = image.record;
+    record.linePitch = pitch;
+    EXPECT_EQ(display->DisplayVideo(&record), 0u);
+    ASSERT_TRUE(WaitForImages(++images)) << pitch;
+    EXPECT_EQ(receiver.LastResult(), "0") << pitch;
+    const ZynImage* shown = display->GetProcessor()->Out();
+    for (uint32_t x = 0; x < 16; ++x) EXPECT_EQ(shown->imageData[x * 3], x * 3);
+    // The same with the padding counted in.
+    record.imageSize = pitch;
+    EXPECT_EQ(display->DisplayVideo(&record), 0u);
+    ASSERT_TRUE(WaitForImages(++images)) << pitch;
+    EXPECT_EQ(receiver.LastResult(), "0") << pitch;
+  }
+}
+
+TEST_F(Intake, a_second_line_beyond_all_buffers_ends_the_image_with_7) {
+  HostImage image(ZYN_PIXEL_MONO8, 16, 2);
+  Start(image);
+  std::size_t images = 0;
+  for (const uint32_t pitch : {0x80000000u, 0xFFFFFF00u}) {
+    ZynImage record = image.record;
+    record.linePitch = pitch;
+    record.imageSize = pitch + 16;
+    EXPECT_EQ(display->DisplayVideo(&record), 0u);
+    ASSERT_TRUE(WaitForImages(++images)) << pitch;
+    EXPECT_EQ(receiver.LastResult(), "7") << pitch;
+  }
+}
+
+TEST_F(Intake, goes_on_after_a_queued_check_was_thrown_away) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  Start(image);
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  QCoreApplication::removePostedEvents(display.get());
+  EXPECT_TRUE(WaitFor(
+      [&] {
+        display->DisplayVideo(&image.record);
+        return receiver.Images() > 0;
+      },
+      5000));
+
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  QCoreApplication::removePostedEvents(display.get());
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  const std::size_t before = receiver.Images();
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  EXPECT_TRUE(WaitFor([&] { return receiver.Images() > before; }, 500));  // at once
+}
+
 TEST_F(Intake, a_failed_image_stops_the_checks_until_the_next_image) {
   HostImage image(ZYN_PIXEL_MONO8, 64, 48);
   Start(image);
@@ -163,6 +218,22 @@ TEST_F(Intake, a_failed_image_stops_the_checks_until_the_next_image) {
   EXPECT_EQ(display->DisplayVideo(&image.record), 0u);
   ASSERT_TRUE(WaitForImages(2));
   EXPECT_EQ(receiver.LastResult(), "0");
+  EXPECT_EQ(display->LastError(), 0u);
+}
+
+TEST_F(Intake, a_frame_that_waits_behind_a_failure_is_dropped) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  Start(image);
+  ZynImage noPixels = image.record;
+  noPixels.imageData = nullptr;
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_EQ(display->DisplayVideo(&noPixels), Composed(7));
+  display->slotCheckIncomingBuffer();
+  ASSERT_EQ(display->LastError(), 8u);
+  ASSERT_EQ(display->DisplayVideo(nullptr), 0u);
+  display->slotCheckIncomingBuffer();
+  Settle();
+  EXPECT_EQ(receiver.Images(), 0u);
   EXPECT_EQ(display->LastError(), 0u);
 }
 

@@ -1,4 +1,5 @@
 // Construction, initialisation, re-initialisation and destruction of the controller.
+#include <QChildEvent>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QTimer>
@@ -233,6 +234,36 @@ TEST_F(Lifecycle, a_display_without_a_window_gets_one_when_a_parent_is_given) {
   EXPECT_EQ(late.Initialize(&image.record), Composed(1));
   late.Parameters().Set("system.parentWidget", QTD::ToText(static_cast<const void*>(&parent)));
   EXPECT_EQ(late.Initialize(&image.record), 0u);
+}
+
+// A host's widget that runs code when a child comes in.
+class MeddlingParent : public QWidget {
+ public:
+  std::function<void()> onChild;
+
+ protected:
+  void childEvent(QChildEvent* event) override {
+    if (event->added() && onChild) onChild();
+    QWidget::childEvent(event);
+  }
+};
+
+TEST_F(Lifecycle, host_code_that_uninitialises_while_the_viewer_is_made_leaves_the_display_its_timer) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  MeddlingParent owner;
+  QTDDisplay other(&owner, false);
+  int meddled = 0;
+  owner.onChild = [&] {
+    ++meddled;
+    other.Uninitialize();
+  };
+  EXPECT_EQ(other.Initialize(&image.record), 0u);
+  EXPECT_GT(meddled, 0);
+  EXPECT_NE(other.GetProcessor(), nullptr);
+  EXPECT_EQ(other.findChildren<QTimer*>().size(), 1);
+  owner.onChild = nullptr;
+  other.Uninitialize();
+  EXPECT_EQ(other.GetProcessor(), nullptr);
 }
 
 TEST_F(Lifecycle, pictures_of_more_than_12_megapixels_are_strict_where_the_surface_is) {

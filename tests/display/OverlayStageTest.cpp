@@ -62,9 +62,8 @@ class OverlayStage : public DisplayTest {
 
 TEST_F(OverlayStage, text_arrives_in_the_windows_picture_upright) {
   std::size_t images = 0;
-  for (const uint32_t pixelType : {ZYN_PIXEL_MONO8, ZYN_PIXEL_MONO12, ZYN_PIXEL_RGB8, ZYN_PIXEL_BAYERRG8}) {
+  for (const uint32_t pixelType : {ZYN_PIXEL_MONO8, ZYN_PIXEL_MONO12P, ZYN_PIXEL_RGB8, ZYN_PIXEL_BAYERRG8}) {
     for (const uint32_t origin : {0u, 1u}) {
-      if (pixelType == ZYN_PIXEL_BAYERRG8 && origin == 1) continue;  // its picture carries the mark
       Prepare(pixelType, origin);
       ASSERT_EQ(display->DisplayVideo(&image->record), 0u);
       ASSERT_TRUE(WaitForImages(++images));
@@ -75,12 +74,22 @@ TEST_F(OverlayStage, text_arrives_in_the_windows_picture_upright) {
 }
 
 TEST_F(OverlayStage, text_arrives_in_converted_images_upright) {
-  for (const uint32_t origin : {0u, 1u}) {
-    Prepare(ZYN_PIXEL_MONO12, origin);
-    HostImage output(ZYN_PIXEL_RGB8, kWidth, kHeight);
-    ASSERT_EQ(display->ConvertImage(&image->record, &output.record), 0u);
-    ExpectLetter(output.record);
-    display->ReleaseConverter();
+  for (const uint32_t pixelType : {ZYN_PIXEL_MONO12, ZYN_PIXEL_RGB8, ZYN_PIXEL_BAYERRG8, ZYN_PIXEL_MONO12P}) {
+    for (const uint32_t origin : {0u, 1u}) {
+      for (const bool copied : {false, true}) {
+        Prepare(pixelType, origin);
+        // "image.unpacked" then puts out an image of its own, which has no mark.
+        if (copied) display->GetProcessor()->FindProcessor("image.unpacked")->Enable(true);
+        HostImage output(ZYN_PIXEL_RGB8, kWidth, kHeight);
+        ASSERT_EQ(display->ConvertImage(&image->record, &output.record), 0u);
+        ExpectLetter(output.record);
+        // What stages that work in place hand out is still there.
+        const ZynImage* const last = display->GetProcessor()->FindProcessor("image.overlay")->Out();
+        EXPECT_EQ(last->width, kWidth);
+        EXPECT_EQ(last->height, kHeight);
+        display->ReleaseConverter();
+      }
+    }
   }
 }
 

@@ -1,0 +1,22 @@
+// The picture's context menu.
+#pragma once
+
+class QMenu;
+class QTDDisplay;
+class QWidget;
+
+namespace QTD {
+
+// What the states of the entries follow.
+struct ContextMenuState {
+  bool canZoomIn = false, canZoomOut = false;
+  int fit = 0;  // the screen's fit mode
+};
+
+// A child of `viewer`; its entries call the slots of `display`, and go when it goes. GUI thread.
+QMenu* MakeContextMenu(QTDDisplay& display, QWidget& viewer, const ContextMenuState& state);
+
+// The menu at that address, or null when there is none (any more). GUI thread.
+QMenu* LivingMenu(const void* address);
+
+}  // namespace QTD

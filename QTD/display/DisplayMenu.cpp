@@ -1,0 +1,208 @@
+// The commands that begin with "cmd.system.menu", and what the entries of the context menu do.
+#include <QCursor>
+#include <QMenu>
+#include <atomic>
+#include <chrono>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "QTD/display/ContextMenu.h"
+#include "QTD/display/GuiThread.h"
+#include "QTD/display/LiveObjects.h"
+#include "QTD/display/QTDDisplay.h"
+#include "QTD/frame/ArgumentView.h"
+#include "QTD/frame/Text.h"
+#include "QTD/screen/QTDScreen.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+
+namespace {
+
+using Guard = std::lock_guard<std::recursive_mutex>;
+using Clock = std::chrono::steady_clock;
+
+// A GUI thread that does not come to a job within this time may itself be waiting for the caller.
+constexpr std::chrono::seconds kPatience{2};
+
+// A job for the GUI thread that is either run or dropped, never both.
+struct Turn {
+  enum State { kQueued, kBegun, kDropped };
+  std::atomic<int> state{kQueued};
+  std::exception_ptr error;
+
+  bool Pass(State next) {
+    int expected = kQueued;
+    return state.compare_exchange_strong(expected, next);
+  }
+};
+
+// Runs `job` on the GUI thread and waits for it, holding nothing; what it throws is thrown here. False when
+// it was dropped, or when `leave` said so after it had begun.
+bool RunMenuJob(const std::function<void()>& job, const std::atomic<bool>& closing,
+                const std::function<bool()>& leave) {
+  const auto turn = std::make_shared<Turn>();
+  const Clock::time_point deadline = Clock::now() + kPatience;
+  const auto run = [turn, job] {
+    if (!turn->Pass(Turn::kBegun)) return;
+    try {
+      job();
+    } catch (...) {
+      turn->error = std::current_exception();
+    }
+  };
+  const auto giveUp = [&] {
+    if (turn->state == Turn::kBegun) return leave();
+    return (closing || Clock::now() >= deadline) && turn->Pass(Turn::kDropped);
+  };
+  const bool done = QTD::RunOnGuiThread(run, giveUp);
+  if (!done) turn->Pass(Turn::kDropped);
+  if (done && turn->error) std::rethrow_exception(turn->error);
+  return done;
+}
+
+// Runs what an entry of the menu stands for; nothing may leave an event handler.
+template <typename Action>
+void RunEntry(const void* display, Action action) {
+  QTD::LiveCall call(QTD::LiveObjects::Controllers(), display);
+  if (!call) return;
+  try {
+    action();
+  } catch (...) {
+    // A parameter that cannot be read as a number.
+  }
+}
+
+}  // namespace
+
+// The widgets are the GUI thread's: a caller on another thread waits for it, without `viewLock`.
+struct QTDDisplay::MenuCommands {
+  struct Row {
+    const char* name;
+    void (*run)(QTDDisplay& display, QTD::ARGUMENTS* args);
+  };
+  static const Row kTable[3];
+
+  static void Create(QTDDisplay& display, QTD::ARGUMENTS* args) {
+    if (!args) return;  // nobody could show or delete it
+    struct Made {
+      QMenu* menu = nullptr;
+      QWidget* owner = nullptr;
+    };
+    const auto made = std::make_shared<Made>();
+    const auto build = [&display, made] {
+      Guard guard(display.viewLock);
+      QTDScreen* screen = display.Screen();
+      if (!screen) return;
+      const QTD::ContextMenuState state{display.CanZoom(true, -1.0), display.CanZoom(false, -1.0),
+                                        screen->properties.GetInt("fit")};
+      made->owner = display.viewer;
+      made->menu = QTD::MakeContextMenu(display, *display.viewer, state);
+    };
+    if (!RunMenuJob(build, display.closing, [] { return false; }) || !made->menu) return;
+    QTD::ArgumentView(args)
+        .Set("qmenu", QTD::ToText(static_cast<const void*>(made->menu)))
+        .Set("qmenuWidget", QTD::ToText(static_cast<const void*>(made->owner)));
+  }
+
+  // Neither `display` nor a lock of its is touched while the menu is open: its entries, or the host, may
+  // delete the display meanwhile. A menu that is shown already is not shown once more: the first call would
+  // never come back.
+  static void Exec(QTDDisplay& display, QTD::ARGUMENTS* args) {
+    const void* address = QTD::ArgumentView(args).GetPointer("qmenu");
+    if (!address) return;
+    const auto show = [address] {
+      QMenu* menu = QTD::LivingMenu(address);
+      if (menu && !menu->isVisible()) menu->exec(QCursor::pos());
+    };
+    RunMenuJob(show, display.closing, [&display] { return display.closing.load(); });
+  }
+
+  // Late is better than never: this job is not dropped.
+  static void Delete(QTDDisplay& display, QTD::ARGUMENTS* args) {
+    const void* address = QTD::ArgumentView(args).GetPointer("qmenu");
+    if (!address) return;
+    const Clock::time_point deadline = Clock::now() + kPatience;
+    QTD::RunOnGuiThread([address] { delete QTD::LivingMenu(address); },
+                        [&] { return display.closing || Clock::now() >= deadline; });
+  }
+};
+
+const QTDDisplay::MenuCommands::Row QTDDisplay::MenuCommands::kTable[3] = {
+    {"cmd.system.menu.create", Create},
+    {"cmd.system.menu.exec", Exec},
+    {"cmd.system.menu.delete", Delete},
+};
+
+// The names are compared exactly.
+uint32_t QTDDisplay::RunCommandSystemMenu(const char* name, QTD::ARGUMENTS* args) {
+  const std::string command = name ? name : "";
+  for (const MenuCommands::Row& row : MenuCommands::kTable) {
+    if (command != row.name) continue;
+    row.run(*this, args);
+    return 1;
+  }
+  return 0;
+}
+
+void QTDDisplay::slotMenuFitWindow() {
+  RunEntry(Key(), [this] { SetFit(1, true); });
+}
+
+void QTDDisplay::slotMenuFillWindow() {
+  RunEntry(Key(), [this] { SetFit(2, true); });
+}
+
+void QTDDisplay::slotMenuZoom25() {
+  RunEntry(Key(), [this] { SetMenuScale(4.0); });
+}
+
+void QTDDisplay::slotMenuZoom50() {
+  RunEntry(Key(), [this] { SetMenuScale(2.0); });
+}
+
+void QTDDisplay::slotMenuZoom100() {
+  RunEntry(Key(), [this] { SetMenuScale(1.0); });
+}
+
+void QTDDisplay::slotMenuZoom200() {
+  RunEntry(Key(), [this] { SetMenuScale(0.5); });
+}
+
+void QTDDisplay::slotMenuZoomIn() {
+  RunEntry(Key(), [this] { Zoom(true, -1.0, true); });
+}
+
+void QTDDisplay::slotMenuZoomOut() {
+  RunEntry(Key(), [this] { Zoom(false, -1.0, true); });
+}
+
+void QTDDisplay::slotMenuCenterImage() {
+  RunEntry(Key(), [this] { SetCenter(0.5, 0.5, true); });
+}
+
+// Where the mouse was last pressed.
+void QTDDisplay::slotMenuCenterHere() {
+  RunEntry(Key(), [this] {
+    Guard guard(viewLock);
+    QTDScreen* screen = Screen();
+    if (!HasPicture() || !screen) return;
+    double y = Window()->Parameters().GetDouble("mouse.win.y");
+    double x = Window()->Parameters().GetDouble("mouse.win.x");
+    screen->transform(&x, &y, "win", "base", true, false);
+    screen->setCenter(x, y);
+    Window()->update();
+  });
+}
+
+// Image pixels per device pixel. Straight to the screen: the fit mode and "display.view.fit" stay as they
+// are.
+void QTDDisplay::SetMenuScale(double scale) {
+  Guard guard(viewLock);
+  QTDScreen* screen = Screen();
+  if (!screen) return;
+  screen->setScale(scale * Window()->devicePixelRatio());
+  Window()->update();
+}

@@ -1,0 +1,118 @@
+// The host's widget goes while the chain runs.
+#include <QTimer>
+
+#include "QTD/window/QTDViewer.h"
+#include "tests/display/DisplayFixture.h"
+#include "tests/display/HostCodeStage.h"
+
+namespace display_test {
+
+class LostParent : public testing::Test {
+ protected:
+  void SetUp() override {
+    owner = std::make_unique<QWidget>();
+    owner->resize(100, 80);
+    owner->show();
+    display = std::make_unique<QTDDisplay>(owner.get(), false);
+    ASSERT_EQ(display->Initialize(&image.record), 0u);
+    display->AddNotification(&receiver);
+    display->SetParameterInt("image.notification.flags.set", 1);
+  }
+  void TearDown() override {
+    display.reset();
+    owner.reset();
+  }
+
+  void AddStage(std::function<uint32_t()> code) {
+    auto* chain = display->GetProcessor();
+    ASSERT_EQ(chain->InsertProcessor("image.unpacked", "host", new HostCodeStage(std::move(code))), 0u);
+  }
+  void ExpectClosed() {
+    EXPECT_EQ(owner, nullptr);
+    EXPECT_EQ(display->Viewer(), nullptr);
+    EXPECT_EQ(display->GetProcessor(), nullptr);
+    EXPECT_EQ(display->Parameters().GetString("processor"), "0");
+    EXPECT_EQ(display->Initialize(&image.record), Composed(1));
+    QWidget another;
+    another.resize(100, 80);
+    another.show();
+    display->Parameters().Set("system.parentWidget", QTD::ToText(static_cast<const void*>(&another)));
+    EXPECT_EQ(display->Initialize(&image.record), 0u);
+    const std::size_t before = receiver.Images();
+    EXPECT_EQ(display->DisplayVideo(&image.record), 0u);
+    EXPECT_TRUE(WaitFor([&] { return receiver.Images() > before; }));
+    EXPECT_EQ(receiver.LastResult(), "0");
+    display.reset();
+  }
+
+  HostImage image{ZYN_PIXEL_MONO8, 64, 48, 0, 7};
+  Receiver receiver;
+  std::unique_ptr<QWidget> owner;
+  std::unique_ptr<QTDDisplay> display;
+};
+
+TEST_F(LostParent, in_a_stage_ends_the_image_with_8_and_closes_the_display) {
+  AddStage([this] { return owner.reset(), 0u; });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return receiver.Images() == 1; }));
+  EXPECT_EQ(receiver.LastResult(), "8");
+  EXPECT_EQ(display->OutputRate().Total(), 0);
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_an_event_loop_of_a_stage_closes_the_display) {
+  AddStage([this] {
+    QTimer::singleShot(0, owner.get(), [this] { owner.reset(); });
+    return WaitFor([this] { return owner == nullptr; }) ? 0u : 1u;
+  });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return receiver.Images() == 1; }));
+  EXPECT_EQ(receiver.LastResult(), "8");
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_stage_that_fails_leaves_no_chain_behind) {
+  AddStage([this] {
+    owner.reset();
+    // The stage may still change the chain that it stands in, which knows no viewer any more.
+    display->GetProcessor()->RemoveProcessor("image.output");
+    return 5u;
+  });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return receiver.Images() == 1; }));
+  EXPECT_EQ(receiver.LastResult(), "8");
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_conversion_ends_it_with_8) {
+  AddStage([this] { return owner.reset(), 0u; });
+  HostImage output(ZYN_PIXEL_RGB8, 64, 48);
+  EXPECT_EQ(display->ConvertImage(&image.record, &output.record), Composed(8));
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_rebuild_closes_the_display) {
+  int runs = 0;
+  AddStage([&, this] {
+    if (++runs == 2) owner.reset();
+    return 0u;
+  });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return display->OutputRate().Total() == 1; }));
+  display->slotRebuildImage();
+  EXPECT_EQ(runs, 2);
+  EXPECT_EQ(display->OutputRate().Total(), 1);
+  EXPECT_EQ(display->LastError(), 8u);
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_notification_closes_the_display) {
+  receiver.OnMessage([this](const std::string& name) {
+    if (name == "notification.image") owner.reset();
+  });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return receiver.Images() == 1; }));
+  ExpectClosed();
+}
+
+}  // namespace display_test
