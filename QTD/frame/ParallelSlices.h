@@ -10,7 +10,8 @@
 
 namespace QTD {
 
-// The most threads that work on one image. More find no free memory bandwidth, and leave processors to others.
+// The most threads that work on one image. More find no free memory bandwidth, and leave processors to
+// others.
 constexpr int kMostThreads = 8;
 
 // How many threads to ask for. One more than there are processors: with at most as many, the threads of a

@@ -15,7 +15,8 @@ class UntouchedCopy {
   ~UntouchedCopy();
 
   void SetWanted(bool on);  // false frees the buffer
-  // Copies a result; null tells that there is none, and no copy either. False when a wanted copy cannot be made.
+  // Copies a result; null tells that there is none, and no copy either. False when a wanted copy cannot be
+  // made.
   bool Take(const ZynImage* result);
   const ZynImage* Image() const { return taken ? image : nullptr; }
 
