@@ -1,5 +1,7 @@
 #include "cpu/stages/CorrectionKernels.h"
 
+#include <hwy/cache_control.h>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -19,6 +21,7 @@ constexpr size_t kSliceBytes = size_t{1} << 20;
 constexpr size_t kWord = sizeof(uint16_t);
 constexpr size_t kGroup = sizeof(uint64_t) / kWord;  // samples that are read at once
 constexpr size_t kGroups = 3;                        // of a block: whole pixels, of one or three samples
+constexpr size_t kAhead = 1024;                      // bytes
 
 // Four samples, the first of which belongs to table `kFirst`. One read for all of them saves more than wider
 // writes would: look-ups are limited by the number of reads.
@@ -41,6 +44,9 @@ void LookUpLine(uint8_t* bytes, size_t count, const Tables<kCount> tables) {
   constexpr size_t kBlock = kGroups * kGroup, kStep = kGroup * kWord;
   size_t left = count;
   for (; left >= kBlock; left -= kBlock, bytes += kBlock * kWord) {
+    // The look-ups keep the processor from reading ahead by itself: a quarter of the time. Asking for what
+    // lies behind the line's end is harmless.
+    hwy::Prefetch(bytes + kAhead);
     LookUpGroup<0>(bytes, tables);
     LookUpGroup<kGroup % kCount>(bytes + kStep, tables);
     LookUpGroup<2 * kGroup % kCount>(bytes + 2 * kStep, tables);

@@ -49,7 +49,7 @@ std::string FormatAfter(const std::string& name, const Kind& kind) {
 uint32_t SampleOf(const ZynImage& image, uint32_t index, uint32_t y) {
   const uint8_t* const line = image.imageData + y * image.linePitch;
   if (image.bitDepth == 8) return line[index];
-  return line[2 * index] | line[2 * index + 1] << 8;
+  return line[2 * index] | static_cast<uint32_t>(line[2 * index + 1]) << 8;
 }
 
 struct EveryFormat : testing::TestWithParam<uint32_t> {

@@ -98,7 +98,7 @@ TEST(ColorationKernels, agree_with_the_model_for_every_width_and_padded_lines) {
   for (const Kind& kind : kKinds) {
     const int most = (kind.sampleBytes == 1 ? 255 : 65535) * static_cast<int>(kind.samples);
     for (size_t width = 1; width <= 300; width += width < 130 ? 1 : 37) {
-      for (const size_t padding : {0, 5}) {
+      for (const size_t padding : {size_t{0}, size_t{5}}) {
         Case one(kind, width, 3, padding, static_cast<uint32_t>(width));
         one.job.low = most / 4;
         one.job.high = most / 4 * 3;

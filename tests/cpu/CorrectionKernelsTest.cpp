@@ -59,9 +59,9 @@ void ExpectModel(const Case& test) {
 
 TEST(CorrectionKernels, every_width_and_pitch_gives_what_single_samples_give) {
   for (size_t width = 1; width <= 130; ++width) {
-    for (const size_t tables : {1, 3}) {
+    for (const size_t tables : {1u, 3u}) {
       for (const auto border : {GuardedBytes::kAtEnd, GuardedBytes::kAtStart}) {
-        for (const size_t padding : {0, 1, 2, 3, 64}) {  // odd ones leave lines at odd addresses
+        for (const size_t padding : {0u, 1u, 2u, 3u, 64u}) {  // odd ones leave lines at odd addresses
           ExpectModel({width * tables, 3, width * tables * 2 + padding, tables, border, 5});
         }
       }
@@ -70,11 +70,11 @@ TEST(CorrectionKernels, every_width_and_pitch_gives_what_single_samples_give) {
 }
 
 TEST(CorrectionKernels, extremes_are_entries_like_others) {
-  for (const size_t tables : {1, 3}) ExpectModel({39, 2, 80, tables, GuardedBytes::kAtEnd, 0});
+  for (const size_t tables : {1u, 3u}) ExpectModel({39, 2, 80, tables, GuardedBytes::kAtEnd, 0});
 }
 
 TEST(CorrectionKernels, samples_behind_the_last_whole_pixel_stay) {
-  for (const size_t words : {1, 2, 4, 5, 13, 14, 25, 26}) {
+  for (const size_t words : {1u, 2u, 4u, 5u, 13u, 14u, 25u, 26u}) {
     ExpectModel({words, 3, words * 2, 3, GuardedBytes::kAtEnd, 6});
   }
 }
