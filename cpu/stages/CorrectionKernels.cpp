@@ -38,18 +38,26 @@ inline void LookUpGroup(uint8_t* bytes, const Tables<kCount>& tables) {
   }
 }
 
-// By blocks of twelve samples, then one by one.
+// Twelve samples, whole pixels.
+template <size_t kCount>
+inline void LookUpBlock(uint8_t* bytes, const Tables<kCount>& tables) {
+  constexpr size_t kStep = kGroup * kWord;
+  LookUpGroup<0>(bytes, tables);
+  LookUpGroup<kGroup % kCount>(bytes + kStep, tables);
+  LookUpGroup<2 * kGroup % kCount>(bytes + 2 * kStep, tables);
+}
+
+// By pairs of blocks, then one by one.
 template <size_t kCount>
 void LookUpLine(uint8_t* bytes, size_t count, const Tables<kCount> tables) {
-  constexpr size_t kBlock = kGroups * kGroup, kStep = kGroup * kWord;
+  constexpr size_t kBlock = kGroups * kGroup, kBlockBytes = kBlock * kWord;
   size_t left = count;
-  for (; left >= kBlock; left -= kBlock, bytes += kBlock * kWord) {
+  for (; left >= 2 * kBlock; left -= 2 * kBlock, bytes += 2 * kBlockBytes) {
     // The look-ups keep the processor from reading ahead by itself: a quarter of the time. Asking for what
     // lies behind the line's end is harmless.
     hwy::Prefetch(bytes + kAhead);
-    LookUpGroup<0>(bytes, tables);
-    LookUpGroup<kGroup % kCount>(bytes + kStep, tables);
-    LookUpGroup<2 * kGroup % kCount>(bytes + 2 * kStep, tables);
+    LookUpBlock(bytes, tables);
+    LookUpBlock(bytes + kBlockBytes, tables);
   }
   for (size_t n = 0; n < left; ++n, bytes += kWord)
     ImageKernels::StoreWord(tables[n % kCount][ImageKernels::LoadWord(bytes)], bytes);
