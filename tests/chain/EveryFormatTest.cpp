@@ -83,7 +83,7 @@ TEST_P(EveryFormat, gets_the_stages_that_its_pixels_need) {
   EXPECT_FALSE(chain.FindProcessor("image.unpacked")->IsEnabled());
 }
 
-// A flat picture of a known format through the chain. `bits` are those of the result.
+// A flat picture of a known format through the chain.
 void ExpectFlat(const char* name, uint32_t code, uint32_t width, uint32_t height, bool downscale) {
   const Kind kind(name);
   const Picture image(width, static_cast<int32_t>(height), code);

@@ -6,41 +6,12 @@
 
 #include "tests/demosaicing/BayerScene.h"
 #include "tests/demosaicing/BestModel.h"
+#include "tests/demosaicing/ModelTest.h"
 #include "tests/support/TestData.h"
 
 namespace {
 
-class BestTest : public testing::Test {
- protected:
-  // Runs the method and compares all pixels.
-  void ExpectModel(BayerScene& scene) {
-    const uint32_t width = scene.source.width, height = scene.source.height;
-    SCOPED_TRACE(testing::Message() << width << "x" << height << " in format " << scene.format.bayer);
-    ASSERT_EQ(scene.Run(*bayer), 0u);
-    const BestModel model([&](size_t x, size_t y) { return scene.Sample(x, y); }, width, height,
-                          scene.format.depth, scene.format.redX, scene.format.redY);
-    for (uint32_t y = 0; y < height; ++y) {
-      for (uint32_t x = 0; x < width; ++x) {
-        const auto expected = model.Pixel(static_cast<int>(x), static_cast<int>(y));
-        for (size_t channel = 0; channel < 3; ++channel) {
-          ASSERT_EQ(scene.Result(x, y, channel), expected[channel])
-              << "channel " << channel << " at " << x << "," << y;
-        }
-      }
-    }
-    EXPECT_TRUE(scene.GapsAreUntouched());
-  }
-
-  void ExpectModelOfNoise(const SceneFormat& format, uint32_t width, uint32_t height) {
-    const uint32_t turn = width + 3 * height;
-    BayerScene scene(format, turn % 2 == 0, width, height, turn % 5,
-                     turn % 3 == 0 ? GuardedBytes::kAtStart : GuardedBytes::kAtEnd);
-    scene.FillAtRandom(turn);
-    ExpectModel(scene);
-  }
-
-  BayerPointer bayer = MakeBayer(3);
-};
+using BestTest = ModelTest<BestModel, 3>;
 
 constexpr size_t kFormats = std::size(kSceneFormats);
 
@@ -210,8 +181,7 @@ TEST_F(BestTest, treats_red_and_blue_alike) {
 }
 
 TEST_F(BestTest, gives_the_same_with_every_instruction_set) {
-  const int64_t targets = hwy::SupportedTargets();
-  for (int64_t left = targets; left != 0; left &= left - 1) {
+  for (int64_t left = hwy::SupportedTargets(); left != 0; left &= left - 1) {
     const int64_t target = left & -left;
     SCOPED_TRACE(hwy::TargetName(target));
     hwy::GetChosenTarget().Update(target);
@@ -220,7 +190,6 @@ TEST_F(BestTest, gives_the_same_with_every_instruction_set) {
       ExpectModelOfNoise(FormatOf(bayerType), 1050, 3);
     }
   }
-  hwy::GetChosenTarget().Update(targets);
 }
 
 // What an earlier picture left in the workspaces must not be felt.

@@ -7,44 +7,12 @@
 
 #include "tests/demosaicing/BayerScene.h"
 #include "tests/demosaicing/EdgeDirectedModel.h"
+#include "tests/demosaicing/ModelTest.h"
 #include "tests/support/TestData.h"
 
 namespace {
 
-class EdgeDirectedTest : public testing::Test {
- protected:
-  ~EdgeDirectedTest() override { hwy::GetChosenTarget().Update(hwy::SupportedTargets()); }
-
-  // Runs the method and compares all pixels.
-  void ExpectModel(BayerScene& scene) {
-    const uint32_t width = scene.source.width, height = scene.source.height;
-    SCOPED_TRACE(testing::Message() << width << "x" << height << " in format " << scene.format.bayer);
-    ASSERT_EQ(scene.Run(*bayer), 0u);
-    const EdgeDirectedModel model([&](size_t x, size_t y) { return scene.Sample(x, y); }, width, height,
-                                  scene.format.depth, scene.format.redX, scene.format.redY);
-    for (uint32_t y = 0; y < height; ++y) {
-      for (uint32_t x = 0; x < width; ++x) {
-        const auto expected = model.Pixel(static_cast<int>(x), static_cast<int>(y));
-        for (size_t channel = 0; channel < 3; ++channel) {
-          ASSERT_EQ(scene.Result(x, y, channel), expected[channel])
-              << "channel " << channel << " at " << x << "," << y;
-        }
-      }
-    }
-    EXPECT_TRUE(scene.GapsAreUntouched());
-  }
-
-  // All bytes at random, words above the depth among them; both images lie at forbidden memory.
-  void ExpectModelOfNoise(const SceneFormat& format, uint32_t width, uint32_t height) {
-    const uint32_t turn = width + 3 * height;
-    BayerScene scene(format, turn % 2 == 0, width, height, turn % 5,
-                     turn % 3 == 0 ? GuardedBytes::kAtStart : GuardedBytes::kAtEnd);
-    scene.FillAtRandom(turn);
-    ExpectModel(scene);
-  }
-
-  BayerPointer bayer = MakeBayer(2);
-};
+using EdgeDirectedTest = ModelTest<EdgeDirectedModel, 2>;
 
 constexpr size_t kFormats = std::size(kSceneFormats);
 constexpr size_t kOrders = 4;  // the first formats of the table are those of 8 bits

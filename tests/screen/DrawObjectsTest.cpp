@@ -102,6 +102,8 @@ TEST(DrawObjects, stores_rectangles_lines_and_markers) {
   EXPECT_EQ(store.value("l", "type"), "line");
   EXPECT_EQ(store.value("l", "x"), "-1");
   EXPECT_EQ(store.value("l", "y"), "6");
+  EXPECT_EQ(store.value("l", "x2"), "7");
+  EXPECT_EQ(store.value("l", "y2"), "8");
   EXPECT_EQ(store.value("m", "type"), "marker");
   EXPECT_EQ(store.value("m", "x"), "9");
   EXPECT_EQ(store.value("m", "y"), "-1");

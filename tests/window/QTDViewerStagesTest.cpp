@@ -75,6 +75,9 @@ TEST_F(QTDViewerStagesTest, adds_a_stage_that_makes_8_bit_rgb) {
   EXPECT_EQ(0u, viewer.LastError());
   ASSERT_EQ((std::vector<std::string>{"image.display", "image.coloration"}), chain.names);
   ASSERT_EQ(2u, chain.stages.size());
+  auto* const display = dynamic_cast<QTD::ImageProcessorData*>(chain.stages[0]);
+  ASSERT_TRUE(display);
+  EXPECT_EQ(&chain.component, display->GetParent());
   const ZynImage* source = chain.stages[0]->GetImageInfo(true);
   ASSERT_TRUE(source);
   EXPECT_EQ(ZYN_PIXEL_MONO12, source->pixelType);

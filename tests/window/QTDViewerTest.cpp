@@ -154,7 +154,7 @@ TEST_F(QTDViewerTest, paints_a_picture_at_once_or_through_a_request_of_its_own) 
   EXPECT_EQ(qRgb(128, 128, 128), Grab().pixel(5, 5));
 }
 
-TEST_F(QTDViewerTest, its_foundshow_pictures) {
+TEST_F(QTDViewerTest, its_slots_show_pictures) {
   const Picture picture(500, 400);
   Settle();
   UpdateCounter viewerRequests(viewer);
