@@ -53,7 +53,8 @@ class EveryFormatShown : public DisplayTest, public testing::WithParamInterface<
       const uint8_t* const from = image.pixels.data() + y * lineBytes;
       const uint8_t* const to = shown.imageData + y * shown.linePitch;
       for (uint32_t n = 0; n < (depth == 8 ? lineBytes : lineBytes / 2); ++n) {
-        const uint32_t word = depth == 8 ? from[n] : (from[2 * n] | from[2 * n + 1] << 8) >> (depth - 8);
+        const uint32_t word =
+            depth == 8 ? from[n] : (from[2 * n] | uint32_t{from[2 * n + 1]} << 8) >> (depth - 8);
         ASSERT_EQ(to[n], std::min(word, 255u)) << "byte " << n << " of line " << y;
       }
     }
