@@ -3,14 +3,14 @@
 #include <cstring>
 #include <mutex>
 
-#include "QTD/chain/DisplayParameters.h"
-#include "QTD/chain/LiveChains.h"
 #include "QTD/chain/PlainHeader.h"
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/chain/SurfacePass.h"
 #include "QTD/chain/TurnLines.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/Text.h"
+#include "QTD/screen/DisplaySurface.h"
 #include "cpu/stages/CPUIPImage.h"
 
 namespace {
@@ -82,7 +82,7 @@ ZynDisplayProcessor* QTDConverter::Parent() {
 }
 
 QTDProcessor* QTDConverter::Chain() {
-  return LiveChains::Instance().Find(DisplayPointer(Parent(), "processor"));
+  return QTD::LivePointers<QTDProcessor>::Instance().Find(DisplayPointer(Parent(), "processor"));
 }
 
 // The gate.

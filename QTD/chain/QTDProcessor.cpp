@@ -2,13 +2,13 @@
 
 #include <utility>
 
-#include "QTD/chain/DisplayParameters.h"
-#include "QTD/chain/LiveChains.h"
 #include "QTD/chain/PlainHeader.h"
 #include "QTD/chain/SurfacePass.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/RateMeter.h"
 #include "QTD/frame/Text.h"
+#include "QTD/screen/DisplaySurface.h"
 
 namespace {
 
@@ -23,12 +23,12 @@ QTDProcessor::QTDProcessor(ZynDisplayProcessor* owner, bool opengl)
       .Set("display", QTD::ToText(static_cast<const void*>(owner)))
       .Set("opengl", QTD::ToText(opengl))
       .Set("image.downscale", "0");
-  LiveChains::Instance().Add(this);
+  QTD::LivePointers<QTDProcessor>::Instance().Add(this);
   ZYN_TRACE(log, "QTDProcessor::QTDProcessor() <- EXIT");
 }
 
 QTDProcessor::~QTDProcessor() {
-  LiveChains::Instance().Remove(this);
+  QTD::LivePointers<QTDProcessor>::Instance().Remove(this);
   QTDProcessor::Release();
 }
 

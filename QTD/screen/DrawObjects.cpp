@@ -225,6 +225,14 @@ bool DrawObjects::getAt(int index, PROPERTIES* list) {
   return true;
 }
 
+std::vector<std::string> DrawObjects::ids() {
+  const BothLocks locks(lock, drawLock);
+  std::vector<std::string> all;
+  all.reserve(objects.size());
+  for (const auto& entry : objects) all.push_back(entry.first);
+  return all;
+}
+
 std::string DrawObjects::idAt(int index) {
   const BothLocks locks(lock, drawLock);
   return index < 0 || index >= count() ? "" : std::next(objects.begin(), index)->first;

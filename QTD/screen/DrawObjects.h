@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "QTD/frame/Properties.h"
 #include "QTD/image/TextParser.h"
@@ -68,6 +69,7 @@ class DrawObjects {
   // Copies of the object at a position of the map's order; false past its end.
   bool getAt(int index, PROPERTIES* list);
   std::string idAt(int index);
+  std::vector<std::string> ids();  // of all objects, in the order of the map
 
   void setSurface(QTDSurface* target);
   // The picture whose values text templates show, null for none. The store keeps a copy of the record,

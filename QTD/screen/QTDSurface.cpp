@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/screen/Numbers.h"
 #include "QTD/screen/SurfaceText.h"
@@ -21,9 +22,12 @@ int Plus(int a, int b) {
 QTDSurface::QTDSurface() {
   defaults["line"] = ColorValue();
   defaults["fill"] = ColorValue();
+  QTD::LivePointers<QTDSurface>::Instance().Add(this);
 }
 
-QTDSurface::~QTDSurface() = default;
+QTDSurface::~QTDSurface() {
+  QTD::LivePointers<QTDSurface>::Instance().Remove(this);
+}
 
 bool QTDSurface::init(QTD::PROPERTIES*) {
   return false;

@@ -157,7 +157,10 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
 
   // Overlays and bars
   QTD::ViewState currentView();
-  void moveObjects();
+  // Objects that are placed in the window are laid out again by an announced change of the view alone: some
+  // placements move by their own height with each layout.
+  enum class Moved { kAll, kBoundToPicture };
+  void moveObjects(Moved which);
   void moveObject(const std::string& id, QTD::PROPERTIES& object);
   void syncBar(QScrollBar* bar, int position, int range, int page);
   void noteGeometry();

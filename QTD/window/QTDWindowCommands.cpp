@@ -20,7 +20,7 @@ void QTDWindow::Execute(const char* name, QTD::PROPERTIES* properties) {
   if (!name) return;
   QTD::Messenger* receiver = messenger;
   if (std::strcmp(name, kViewChanged) == 0) {
-    moveObjects();
+    moveObjects(Moved::kAll);
     if (receiver && (notificationFlags & QTD::kNotifyView)) {
       QTD::ARGUMENTS arguments{{"code", kViewChanged}};
       receiver->Post(kViewNotification, &arguments);

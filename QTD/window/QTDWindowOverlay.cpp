@@ -52,6 +52,26 @@ class Storing {
   QTD::ViewTracker& tracker;
 };
 
+// A pass over the objects; one that is not ended, because something could not be read, leaves nothing to
+// trust.
+class Moving {
+ public:
+  explicit Moving(QTD::ViewTracker& viewTracker) : tracker(viewTracker) { tracker.BeginPass(); }
+  ~Moving() {
+    if (!ended) tracker.EndStore();
+  }
+  Moving(const Moving&) = delete;
+  Moving& operator=(const Moving&) = delete;
+  void End(const QTD::ViewState& seen) {
+    ended = true;
+    tracker.EndPass(seen);
+  }
+
+ private:
+  QTD::ViewTracker& tracker;
+  bool ended = false;
+};
+
 }  // namespace
 
 std::string QTDWindow::overlayText(const char* id, const char* text, int x, int y, PROPERTIES* properties) {
@@ -128,31 +148,31 @@ QTD::ViewState QTDWindow::currentView() {
 }
 
 void QTDWindow::followView() {
-  if (!screen || tracker.IsCurrent(currentView())) return;
-  moveObjects();
+  {
+    const std::lock_guard<std::recursive_mutex> hold(renderLock);
+    if (!screen || tracker.IsCurrent(currentView())) return;
+    moveObjects(Moved::kBoundToPicture);
+  }
   syncScrollBars(kBothBars);
 }
 
 // Works on copies: the store's locks are not held while the screen is asked. What comes of it goes into
 // objects that are still there, and which nobody stores anew meanwhile.
-void QTDWindow::moveObjects() {
-  if (!screen) return;
+void QTDWindow::moveObjects(Moved which) {
   const std::lock_guard<std::recursive_mutex> hold(renderLock);
-  tracker.BeginPass();
+  if (!screen) return;
+  Moving pass(tracker);
   const QTD::ViewState seen = currentView();
-  std::vector<std::string> ids;
-  for (int index = 0, count = drawObjects.count(); index < count; ++index)
-    ids.push_back(drawObjects.idAt(index));
-  for (const std::string& id : ids) {
+  for (const std::string& id : drawObjects.ids()) {
     PROPERTIES object;
     if (!drawObjects.get(id, &object)) continue;
     try {
-      moveObject(id, object);
+      if (which == Moved::kAll || !IsWindowSystem(SystemOf(object))) moveObject(id, object);
     } catch (const std::exception&) {
       // An attribute that cannot be read: the object stays where it is.
     }
   }
-  tracker.EndPass(seen);
+  pass.End(seen);
 }
 
 void QTDWindow::moveObject(const std::string& id, PROPERTIES& object) {

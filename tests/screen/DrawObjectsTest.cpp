@@ -284,6 +284,7 @@ TEST(DrawObjects, copies_objects_out) {
   EXPECT_FALSE(store.getAt(-1, &list));
   EXPECT_EQ(store.idAt(0), "a");
   EXPECT_EQ(store.idAt(2), "");
+  EXPECT_EQ(store.ids(), (std::vector<std::string>{"a", "b"}));
   EXPECT_EQ(store.idAt(-1), "");
   ASSERT_NE(store.find("a", true), nullptr);
   EXPECT_EQ(store.find("a", false)->GetString("w"), "3");

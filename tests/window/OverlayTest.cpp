@@ -181,6 +181,15 @@ TEST_F(OverlayTest, a_placed_text_is_laid_out_with_every_change_of_view) {
   EXPECT_GT(Object(id).GetInt("w"), before);
 }
 
+TEST_F(OverlayTest, a_resize_lays_a_placed_text_out_once) {
+  const std::string id = Text("t", 6, -1, QTD::PROPERTIES());  // moves up by its height with each layout
+  const int height = Object(id).GetInt("h");
+  const int before = Object(id).GetInt("y");
+  window->resize(380, 290);
+  window->render();
+  EXPECT_EQ(before - height, Object(id).GetInt("y"));
+}
+
 TEST_F(OverlayTest, a_text_placed_by_code_0_moves_only_with_its_system) {
   const std::string id = Text("t", 0, -1, In("img"));  // at (0, -1) of the picture
   window->Execute("view.changed", nullptr);

@@ -1,4 +1,4 @@
-// What chain and converter read from the display that owns them.
+// What chain, converter and stages read from the display that owns them.
 #pragma once
 
 class QTDSurface;
@@ -8,5 +8,5 @@ class ZynDisplayProcessor;
 // takes no lock but the parameter list's own, so that it may be called with a chain's lock held. Any thread.
 void* DisplayPointer(ZynDisplayProcessor* display, const char* name);
 
-// The parameter "surface".
+// The surface that the parameter "surface" names; null when none lies there.
 QTDSurface* DisplaySurface(ZynDisplayProcessor* display);

@@ -1,6 +1,7 @@
-#include "QTD/chain/DisplayParameters.h"
+#include "QTD/screen/DisplaySurface.h"
 
 #include "QTD/frame/ComponentImpl.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/screen/QTDSurface.h"
 #include "ZynDisplay.h"
@@ -17,5 +18,5 @@ void* DisplayPointer(ZynDisplayProcessor* display, const char* name) {
 }
 
 QTDSurface* DisplaySurface(ZynDisplayProcessor* display) {
-  return static_cast<QTDSurface*>(DisplayPointer(display, "surface"));
+  return QTD::LivePointers<QTDSurface>::Instance().Find(DisplayPointer(display, "surface"));
 }
