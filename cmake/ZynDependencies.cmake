@@ -2,6 +2,7 @@
 find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets)
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
+find_package(OpenGL REQUIRED)
 
 # log4cpp has a .pc file only.
 pkg_check_modules(LOG4CPP REQUIRED IMPORTED_TARGET log4cpp)

@@ -121,6 +121,48 @@ class ZynDisplayCPU {
   };
 };
 
+/// Factories of the OpenGL variant. Its stages work on textures of the window that `display` shows: GUI
+/// thread, between the display's `Initialize` and its end. Formats that the card does not unpack take the
+/// processor's stages.
+class ZynDisplayQGL {
+ public:
+  ZYN_EXPORT static ZynDisplayProcessor* CreateComponent(QWidget* parent);
+  ZYN_EXPORT static void DeleteComponent(ZynDisplayProcessor* display);
+
+  // The stages. `display` is a controller of this library; without one a stage answers 8. `chain` is the
+  // component of the chain that has the stage "image.unpacked".
+  class Unpack : public ZynDisplayQT::Unpack {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynDisplayProcessor* display);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class Image : public ZynDisplayQT::Image {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynDisplayProcessor* display);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class Bayer : public ZynDisplayQT::Bayer {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynDisplayProcessor* display);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class ColorCorrection : public ZynDisplayQT::ColorCorrection {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynDisplayProcessor* display);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class ExposureColoration : public ZynDisplayQT::ExposureColoration {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynDisplayProcessor* display, ZynComponent* chain);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+  class ImageOverlay : public ZynDisplayQT::ImageOverlay {
+   public:
+    ZYN_EXPORT static ZynImgProcessor* CreateComponent(ZynDisplayProcessor* display);
+    ZYN_EXPORT static void DeleteComponent(ZynImgProcessor* stage);
+  };
+};
+
 /// The plain functions, for hosts that load the library at run time. A null or deleted `display` is answered
 /// with 0x80070007 (null from `ZynDisplay_GetComponent`) and has no other effect.
 extern "C" {

@@ -5,18 +5,19 @@
 
 #include "QTD/chain/PlainHeader.h"
 #include "QTD/chain/QTDProcessor.h"
-#include "QTD/chain/SurfacePass.h"
 #include "QTD/chain/TurnLines.h"
 #include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/Text.h"
 #include "QTD/screen/DisplaySurface.h"
+#include "QTD/screen/SurfacePass.h"
 #include "cpu/stages/CPUIPImage.h"
 
 namespace {
 
 constexpr uint32_t kCodeMask = 0xFFFF;
 constexpr const char* kLastStage = "image.output";
+constexpr const char* kTurningStages[] = {"bayer", "image.overlay"};
 constexpr const char* kTextStage = "image.overlay";  // what follows it is for the window only
 
 bool SameSize(const ZynImage* image, const ZynImage* info) {
@@ -37,6 +38,19 @@ bool ReadGpu(ZynImgProcessor& stage) {
   return byItself != 0 || (component->ExecuteCommand("readGPU") & kCodeMask) == 0;
 }
 
+// Whether the stages of an OpenGL chain turn the picture upside down on its way to the last one.
+bool TurnsOnCard(QTDProcessor& chain) {
+  bool turned = false;
+  for (const char* const name : kTurningStages) {
+    ZynImgProcessor* const stage = chain.FindProcessor(name);
+    ZynComponent* const component = stage ? stage->GetComponent() : nullptr;
+    int64_t turns = 0;
+    if (component && component->GetParameterInt("image.flip.vert", &turns) == 0 && turns == 1)
+      turned = !turned;
+  }
+  return turned;
+}
+
 }  // namespace
 
 QTDConverter::QTDConverter(ZynDisplayProcessor* owner, bool opengl)
@@ -47,6 +61,7 @@ QTDConverter::QTDConverter(ZynDisplayProcessor* owner, bool opengl)
 }
 
 QTDConverter::~QTDConverter() {
+  EndParameterCalls();
   QTDConverter::Release();
 }
 
@@ -186,8 +201,9 @@ uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data)
   parameters.Set("@src", QTD::ToText(static_cast<const void*>(source)))
       .Set("@out", QTD::ToText(static_cast<const void*>(output)))
       .Set("@data", QTD::ToText(static_cast<const void*>(data)));
-  // Stages that run on the processor leave the lines of a bottom-up image in their order.
-  const bool bottomUp = !opengl && IsBottomUp(*source) != marksTurned;
+  // Stages that run on the processor leave the lines of a bottom-up image in their order; on the card a stage
+  // turns them where the composition says so.
+  const bool bottomUp = IsBottomUp(*source) != (opengl ? TurnsOnCard(*chain) : marksTurned);
   const ZynImage* const picture = RunStages(*chain, source, data, opengl, bottomUp);
   if (!picture) return FailRun();
   if (Write(picture, bottomUp, output, data)) {
@@ -211,7 +227,7 @@ const ZynImage* QTDConverter::RunStages(const QTDProcessor& chain, const ZynImag
     const std::string stageName = stages.NameAt(index);
     // The image that a stage made itself does not say where its line 0 is; text must know, as the lines of a
     // bottom-up image are turned at the end.
-    if (stageName == kTextStage && current != source && IsBottomUp(*current) != bottomUp) {
+    if (!opengl && stageName == kTextStage && current != source && IsBottomUp(*current) != bottomUp) {
       marked = *current;
       marked.origin = bottomUp ? 1 : 0;
       current = &marked;

@@ -3,12 +3,12 @@
 #include <utility>
 
 #include "QTD/chain/PlainHeader.h"
-#include "QTD/chain/SurfacePass.h"
 #include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/RateMeter.h"
 #include "QTD/frame/Text.h"
 #include "QTD/screen/DisplaySurface.h"
+#include "QTD/screen/SurfacePass.h"
 
 namespace {
 
@@ -28,6 +28,7 @@ QTDProcessor::QTDProcessor(ZynDisplayProcessor* owner, bool opengl)
 }
 
 QTDProcessor::~QTDProcessor() {
+  EndParameterCalls();
   QTD::LivePointers<QTDProcessor>::Instance().Remove(this);
   QTDProcessor::Release();
 }
@@ -63,11 +64,15 @@ uint32_t QTDProcessor::InsertProcessor(const char* before, const char* stageName
 }
 
 uint32_t QTDProcessor::RemoveProcessor(const char* stageName) {
-  const QTD::RMutexLock guard(lock);
-  if (!stages.Find(stageName)) return QTD::kStageNotFound;
-  LetGo();
-  // Taken out first: what the stage does while it is released meets a list without it.
-  Drop(stages.Remove(stageName));
+  std::vector<ZynImgProcessor*> freed;
+  {
+    const QTD::RMutexLock guard(lock);
+    if (!stages.Find(stageName)) return QTD::kStageNotFound;
+    LetGo();
+    // Taken out first: what the stage does while it is released meets a list without it.
+    freed = Freeable({stages.Remove(stageName)});
+  }
+  for (ZynImgProcessor* stage : freed) FreeStage(stage);
   return 0;
 }
 
@@ -97,12 +102,11 @@ void QTDProcessor::FreeStage(ZynImgProcessor* stage) noexcept {
   delete stage;
 }
 
-void QTDProcessor::Drop(ZynImgProcessor* stage) {
-  if (walks > 0) {
-    left.push_back(stage);  // it may be on the stack
-  } else {
-    FreeStage(stage);
-  }
+// Which of the stages that have left the list may be freed now. During a walk none: they may be on the stack.
+std::vector<ZynImgProcessor*> QTDProcessor::Freeable(std::vector<ZynImgProcessor*> leaving) {
+  if (walks == 0) return leaving;
+  left.insert(left.end(), leaving.begin(), leaving.end());
+  return {};
 }
 
 QTDProcessor::Walk::Walk(QTDProcessor& walkedChain) : chain(walkedChain), guard(walkedChain.lock) {
@@ -113,15 +117,20 @@ QTDProcessor::Walk::~Walk() {
   if (--chain.walks > 0) return;
   std::vector<ZynImgProcessor*> freed;
   freed.swap(chain.left);
+  guard.unlock();
   for (ZynImgProcessor* stage : freed) FreeStage(stage);
 }
 
 void QTDProcessor::Release() {
-  const QTD::RMutexLock guard(lock);
-  if (stages.Count() > 0) LetGo();
-  for (ZynImgProcessor* stage : stages.TakeAll()) Drop(stage);
-  stopFlag = 0;
-  Reset();
+  std::vector<ZynImgProcessor*> freed;
+  {
+    const QTD::RMutexLock guard(lock);
+    if (stages.Count() > 0) LetGo();
+    freed = Freeable(stages.TakeAll());
+    stopFlag = 0;
+    Reset();
+  }
+  for (ZynImgProcessor* stage : freed) FreeStage(stage);
 }
 
 // What the chain knows of its images.
@@ -157,9 +166,10 @@ QTDSurface* QTDProcessor::GetSurface() {
 uint32_t QTDProcessor::Init(const ZynImage* source) {
   // A copy, since the caller may hand in a record of one of the stages that go now.
   const ZynImage format = source ? *source : ZynImage{};
+  Release();
   const QTD::RMutexLock guard(lock);
   chainError = 0;
-  Release();
+  Release();  // what another thread has put in meanwhile
   if (!source) return Fail(ZYN_ERR_BAD_ARGUMENT);
   try {
     usesSurface = parameters.GetInt("opengl") != 0;
@@ -179,11 +189,6 @@ uint32_t QTDProcessor::Init(const ZynImage* source) {
   timer.Reset();
   if (chainError != 0) Release();
   return Compose(chainError);
-}
-
-// This build has no stages for OpenGL, so that such a chain cannot be made.
-uint32_t QTDProcessor::initQGL(const ZynImage*, const ZynImage*) {
-  return ZYN_ERR_FAILED;
 }
 
 // Running.

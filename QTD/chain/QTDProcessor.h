@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <vector>
 
 #include "QTD/chain/RunTimer.h"
@@ -55,10 +56,11 @@ class QTDProcessor : public ZynImgProcessingChain,
   // The component's lock, held by whoever walks the list (the converter does). It stands behind the display's
   // locks and before those of stages and parameter lists.
   QTD::RMutex& ChainLock() { return lock; }
-  const StageList& Stages() const { return stages; }  // hold the lock
+  const StageList& Stages() const { return stages; }        // hold the lock
+  ZynDisplayProcessor* Display() const { return display; }  // may be null
 
   // One walk over the list, with the lock held. Stages that leave meanwhile, because a stage that is called
-  // takes itself or others out, are freed at its end.
+  // takes itself or others out, are freed after its end.
   class Walk {
    public:
     explicit Walk(QTDProcessor& walkedChain);
@@ -68,7 +70,7 @@ class QTDProcessor : public ZynImgProcessingChain,
 
    private:
     QTDProcessor& chain;
-    QTD::RMutexLock guard;
+    std::unique_lock<QTD::RMutex> guard;
   };
 
   // The chain's own record of the prepared source: size and code of the picture, whatever the first stage
@@ -77,8 +79,8 @@ class QTDProcessor : public ZynImgProcessingChain,
   uint32_t LastError() const { return chainError; }
   const RunTimer& Timer() const { return timer; }
 
-  // Called, with the chain's lock held, before stages are freed: whoever shows or keeps a stage's picture
-  // lets go of it.
+  // Called, with the chain's lock held, before stages leave: whoever shows or keeps a stage's picture lets go
+  // of it. The stages are freed without the lock, since a host's stage may wait for other locks there.
   void SetStagesLeaving(std::function<void()> handler);
 
   // Releases and deletes a stage.
@@ -93,7 +95,7 @@ class QTDProcessor : public ZynImgProcessingChain,
   uint32_t Run(const ZynImage* source, ZynImage* output, void* data);
   RunResult RunStages(QTDSurface* surface, const ZynImage* source, ZynImage* output, void* data);
   void LetGo();
-  void Drop(ZynImgProcessor* stage);
+  std::vector<ZynImgProcessor*> Freeable(std::vector<ZynImgProcessor*> leaving);
   uint32_t Fail(uint32_t code);  // stores the bare code, answers the composed one
 
   StageList stages;                     // guarded by the chain's lock

@@ -10,15 +10,26 @@ struct ReleaseAndDelete {
   void operator()(ZynImgProcessor* stage) const { QTDProcessor::FreeStage(stage); }
 };
 
-bool AppendStage(QTDProcessor& chain, const StageRow& row, const ZynImage* format, const ZynImage* output) {
-  ZynComponent* const parent = row.parent == kChainIsParent ? chain.GetComponent() : nullptr;
-  std::unique_ptr<ZynImgProcessor, ReleaseAndDelete> stage(row.create(parent));
+using OwnedStage = std::unique_ptr<ZynImgProcessor, ReleaseAndDelete>;
+
+bool AppendMade(QTDProcessor& chain, const StageRow& row, OwnedStage stage, const ZynImage* format,
+                const ZynImage* output) {
   if (row.configure) row.configure(chain, *stage);
   if (stage->Init(format, row.output == kGetsOutput ? output : nullptr) != 0) return false;
   if (chain.AddProcessor(row.name, stage.get()) != 0) return false;
   ZynImgProcessor* const added = stage.release();
   if (row.finish) row.finish(*added);
   return true;
+}
+
+bool AppendStage(QTDProcessor& chain, const StageRow& row, const ZynImage* format, const ZynImage* output) {
+  if (row.createOnCard &&
+      AppendMade(chain, row, OwnedStage(row.createOnCard(chain.Display())), format, output)) {
+    return true;
+  }
+  if (!row.create) return false;
+  ZynComponent* const parent = row.parent == kChainIsParent ? chain.GetComponent() : nullptr;
+  return AppendMade(chain, row, OwnedStage(row.create(parent)), format, output);
 }
 
 }  // namespace

@@ -67,6 +67,14 @@ void ZynDisplayCPU::DeleteComponent(ZynDisplayProcessor* display) {
   DeleteController(display);
 }
 
+ZynDisplayProcessor* ZynDisplayQGL::CreateComponent(QWidget* parent) {
+  return new QTDDisplay(parent, true);
+}
+
+void ZynDisplayQGL::DeleteComponent(ZynDisplayProcessor* display) {
+  DeleteController(display);
+}
+
 ZynDisplay* ZynDisplay_CreateComponent() {
   return ZynDisplay::CreateComponent();
 }

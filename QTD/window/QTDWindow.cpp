@@ -12,6 +12,8 @@
 #include "QTD/window/QTDZoom.h"
 #include "cpu/screen/CPUScreen.h"
 #include "cpu/screen/CPUSurface.h"
+#include "gl/screen/QGLScreen.h"
+#include "gl/surface/QGLSurface.h"
 
 using QTD::ToText;
 
@@ -45,6 +47,7 @@ QTDWindow::QTDWindow(QWidget* parentWidget, bool opengl) : parent(parentWidget) 
 }
 
 QTDWindow::~QTDWindow() {
+  EndParameterCalls();
   // A window on its way out tells the host nothing: what the host then deleted might be on its way out, too.
   messenger = nullptr;
   try {
@@ -65,7 +68,7 @@ bool QTDWindow::open() {
     QWindow::create();
     failed = !makeSurface(opengl);
     zoom = std::make_unique<QTDZoom>(this);
-    if (!failed) failed = !makeScreen();
+    if (!failed) failed = !makeScreen(opengl);
     if (!failed) {
       screen->setPixelRatio(devicePixelRatio());
       drawObjects.setSurface(surface.get());
@@ -96,10 +99,13 @@ bool QTDWindow::open() {
   return true;
 }
 
-// The OpenGL surface is not part of this library yet: a window that asks for it does not open.
 bool QTDWindow::makeSurface(bool opengl) {
-  if (opengl) return false;
-  auto made = std::make_unique<CPUSurface>();
+  std::unique_ptr<QTDSurface> made;
+  if (opengl) {
+    made = std::make_unique<QGLSurface>();
+  } else {
+    made = std::make_unique<CPUSurface>();
+  }
   parameters.Set("surface", ToText(static_cast<const void*>(made.get())));
   QTD::PROPERTIES list;
   list.Set("window", ToText(static_cast<const void*>(static_cast<QWindow*>(this))));
@@ -109,8 +115,13 @@ bool QTDWindow::makeSurface(bool opengl) {
   return ready;
 }
 
-bool QTDWindow::makeScreen() {
-  auto made = std::make_unique<CPUScreen>(surface.get());
+bool QTDWindow::makeScreen(bool opengl) {
+  std::unique_ptr<QTDScreen> made;
+  if (opengl) {
+    made = std::make_unique<QGLScreen>(surface.get());
+  } else {
+    made = std::make_unique<CPUScreen>(surface.get());
+  }
   QTDScreen* created = made.get();
   {
     std::lock_guard<std::recursive_mutex> painting(renderLock);

@@ -135,7 +135,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
  private:
   bool onGuiThread() const;
   bool makeSurface(bool opengl);
-  bool makeScreen();
+  bool makeScreen(bool opengl);
   void replaceImage(const ZynImage* picture);
 
   // Events: asks the handlers in order until one has handled the event.
@@ -153,7 +153,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   void releaseMouse();
   void showCursor(Qt::CursorShape shape);
   bool trackRectangle(QPoint position);
-  void endRectangle();
+  void endRectangle(bool asShown);
 
   // Overlays and bars
   QTD::ViewState currentView();

@@ -44,7 +44,7 @@ CPUIPBayer::CPUIPBayer(ZynComponent* parentComponent)
     : CPUIPBayer(parentComponent, {ZynBayer::CreateComponent, ZynBayer::DeleteComponent}) {}
 
 CPUIPBayer::CPUIPBayer(ZynComponent* parentComponent, const Interpolations& origin)
-    : CPUStage(parentComponent, "bayer.cpu", "CPUIPBayer"), interpolations(origin) {}
+    : Stage(parentComponent, "bayer.cpu", "CPUIPBayer"), interpolations(origin) {}
 
 CPUIPBayer::~CPUIPBayer() {
   EndParameterCalls();

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
+#include "QTD/stages/Stage.h"
 #include "ZynDemosaicing.h"
 #include "ZynDisplay.h"
-#include "cpu/stages/CPUStage.h"
 
 // The stage makes, prepares and drives a demosaicing component, which interpolates.
 //
@@ -14,7 +14,7 @@
 //
 // Any thread may call any operation. The information records and the output image live until the next `Init`
 // or `Release`. No operation throws.
-class CPUIPBayer : public CPUStage<ZynDisplayCPU::Bayer> {
+class CPUIPBayer : public QTD::Stage<ZynDisplayCPU::Bayer> {
  public:
   explicit CPUIPBayer(ZynComponent* parentComponent);
   ~CPUIPBayer() override;

@@ -48,7 +48,7 @@ void ZynDisplayCPU::ColorCorrection::DeleteComponent(ZynImgProcessor* stage) {
 }
 
 CPUIPColorCorrection::CPUIPColorCorrection(ZynComponent* parentComponent)
-    : CPUStage(parentComponent, "correction.cpu", "CPUIPColorCorrection") {
+    : Stage(parentComponent, "correction.cpu", "CPUIPColorCorrection") {
   static_assert(std::size(kTable) == kSettings);
   for (const Setting& setting : kTable) parameters.Set(setting.key, setting.atStart);
 }

@@ -4,8 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include "QTD/stages/Stage.h"
 #include "ZynDisplay.h"
-#include "cpu/stages/CPUStage.h"
 #include "cpu/stages/ColorLUT.h"
 
 // Writes into the image that it receives, which may be the host's own. The first table acts on the first
@@ -16,7 +16,7 @@
 //
 // Any thread may call any operation; a change of the parameters falls between two images. No operation
 // throws.
-class CPUIPColorCorrection : public CPUStage<ZynDisplayCPU::ColorCorrection> {
+class CPUIPColorCorrection : public QTD::Stage<ZynDisplayCPU::ColorCorrection> {
  public:
   explicit CPUIPColorCorrection(ZynComponent* parentComponent);
   ~CPUIPColorCorrection() override;

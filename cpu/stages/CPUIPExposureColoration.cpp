@@ -114,7 +114,7 @@ void ZynDisplayCPU::ExposureColoration::DeleteComponent(ZynImgProcessor* stage) 
 }
 
 CPUIPExposureColoration::CPUIPExposureColoration(ZynComponent* parentComponent)
-    : CPUStage(parentComponent, "coloration.cpu", "CPUIPExposureColoration") {}
+    : Stage(parentComponent, "coloration.cpu", "CPUIPExposureColoration") {}
 
 CPUIPExposureColoration::~CPUIPExposureColoration() {
   leaving = true;
@@ -134,7 +134,7 @@ bool CPUIPExposureColoration::Enable(bool on) {
   const UnpackedStage unpacked(*this);
   const QTD::RMutexLock guard(lock);  // the values that a run reads stay as long as it reads them
   if (unpacked.Stage()) unpacked.Stage()->Enable(on);
-  const bool enabled = CPUStage::Enable(on);
+  const bool enabled = Stage::Enable(on);
   KeepValues(unpacked.Stage(), enabled);
   return enabled;
 }

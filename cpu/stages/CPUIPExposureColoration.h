@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "QTD/stages/Stage.h"
 #include "ZynDisplay.h"
-#include "cpu/stages/CPUStage.h"
 
 // The values that count are those of the chain's stage "image.unpacked", before correction and overlay: one
 // sample of a monochrome image, the sum of the three of an RGB or BGR one. The chain is the component given
@@ -15,7 +15,7 @@
 // the largest value minus 1), "color.lo" and "color.hi" (0x00BBGGRR).
 //
 // Any thread may call any operation; one that asks the chain waits for a run that is under way.
-class CPUIPExposureColoration : public CPUStage<ZynDisplayCPU::ExposureColoration> {
+class CPUIPExposureColoration : public QTD::Stage<ZynDisplayCPU::ExposureColoration> {
  public:
   explicit CPUIPExposureColoration(ZynComponent* parentComponent);
   ~CPUIPExposureColoration() override;

@@ -53,7 +53,7 @@ void ZynDisplayCPU::ImageOverlay::DeleteComponent(ZynImgProcessor* stage) {
 }
 
 CPUIPImageOverlay::CPUIPImageOverlay(ZynComponent* parentComponent)
-    : CPUStage(parentComponent, "image.overlay.cpu", "CPUIPImageOverlay") {}
+    : OverlayStage(parentComponent, "image.overlay.cpu", "CPUIPImageOverlay") {}
 
 CPUIPImageOverlay::~CPUIPImageOverlay() {
   EndParameterCalls();

@@ -9,12 +9,12 @@
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/RMutex.h"
 #include "QTD/image/ImageRecord.h"
-#include "cpu/stages/CPUStage.h"
+#include "QTD/stages/Stage.h"
 
 // A class that derives from it says which formats it takes, what becomes of them, and fills the picture. A
 // source that gives no picture of the prepared size makes a black one, and counts as success.
 template <typename Interface>
-class OwnImageStage : public CPUStage<Interface> {
+class OwnImageStage : public QTD::Stage<Interface> {
  public:
   ~OwnImageStage() override {
     this->EndParameterCalls();
@@ -53,7 +53,7 @@ class OwnImageStage : public CPUStage<Interface> {
 
  protected:
   OwnImageStage(ZynComponent* parentComponent, const char* stageName, const char* nameOfClass)
-      : CPUStage<Interface>(parentComponent, stageName, nameOfClass), className(nameOfClass) {}
+      : QTD::Stage<Interface>(parentComponent, stageName, nameOfClass), className(nameOfClass) {}
 
   virtual bool Takes(uint32_t pixelType) const = 0;
   virtual uint32_t ResultType(uint32_t pixelType) const = 0;
@@ -61,8 +61,8 @@ class OwnImageStage : public CPUStage<Interface> {
   virtual bool Fill(const ZynImage& source, const ZynImage& output) const = 0;
 
  private:
-  using CPUStage<Interface>::lock;
-  using CPUStage<Interface>::out;
+  using QTD::Stage<Interface>::lock;
+  using QTD::Stage<Interface>::out;
 
   uint32_t Prepare(const ZynImage& source) {
     if (source.height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max()))

@@ -1,4 +1,4 @@
-// One use of a drawing surface by a chain.
+// One use of a drawing surface.
 #pragma once
 
 class QTDSurface;

@@ -1,4 +1,4 @@
-// What the stages on the processor have in common beside their state: the faces that answer from it.
+// What the stages of both variants have in common beside their state: the faces that answer from it.
 #pragma once
 
 #include <cstdint>
@@ -8,27 +8,29 @@
 #include "QTD/image/ImageProcessorData.h"
 #include "ZynImgProcessor.h"
 
+namespace QTD {
+
 // A stage of the kind `Interface`. The class that derives from it writes `Init`, `ProcessImage` and
 // `Release`, and calls its own `Release` in its destructor. Any thread may call any operation; the stage's
 // lock is held meanwhile.
 template <typename Interface>
-class CPUStage : public Interface, public QTD::ImageProcessorData, public QTD::ComponentImpl {
+class Stage : public Interface, public ImageProcessorData, public ComponentImpl {
  public:
   ZynComponent* GetComponent() override { return this; }
   ZynImage* Out() override {
-    const QTD::RMutexLock guard(lock);
+    const RMutexLock guard(lock);
     return ImageProcessorData::Out();
   }
   ZynImage* GetImageInfo(bool source) override {
-    const QTD::RMutexLock guard(lock);
+    const RMutexLock guard(lock);
     return ImageProcessorData::GetImageInfo(source);
   }
   bool Enable(bool on) override { return ImageProcessorData::Enable(on); }
   bool IsEnabled() override { return ImageProcessorData::IsEnabled(); }
 
  protected:
-  CPUStage(ZynComponent* parentComponent, const char* stageName, const char* className)
-      : QTD::ImageProcessorData(parentComponent) {
+  Stage(ZynComponent* parentComponent, const char* stageName, const char* className)
+      : ImageProcessorData(parentComponent) {
     name = stageName;
     parameters.Set("class", className);
   }
@@ -44,3 +46,5 @@ class CPUStage : public Interface, public QTD::ImageProcessorData, public QTD::C
     return (source.origin == 1) != parameters.GetBool("image.flip.vert", "0");
   }
 };
+
+}  // namespace QTD

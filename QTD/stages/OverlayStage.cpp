@@ -1,8 +1,10 @@
-// The objects of the overlay stage, and the commands that make and remove them.
+#include "QTD/stages/OverlayStage.h"
+
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Text.h"
-#include "cpu/stages/CPUIPImageOverlay.h"
+#include "ZynDisplay.h"
 
+namespace QTD {
 namespace {
 
 struct Default {
@@ -39,14 +41,14 @@ Action FindAction(const std::string& name) {
 
 // The values of a style: the command's, else the stage's own, else the default.
 template <size_t kCount>
-void TakeStyle(const Default (&style)[kCount], QTD::ArgumentView& values, QTD::PROPERTIES& parameters,
-               QTD::PROPERTIES& list) {
+void TakeStyle(const Default (&style)[kCount], ArgumentView& values, PROPERTIES& parameters,
+               PROPERTIES& list) {
   for (const Default& entry : style) {
     list.Set(entry.name, values.GetString(entry.name, parameters.GetString(entry.name, entry.value)));
   }
 }
 
-std::string IdOf(QTD::PROPERTIES* properties) {
+std::string IdOf(PROPERTIES* properties) {
   return properties ? properties->GetString("objectID") : std::string();
 }
 
@@ -55,7 +57,8 @@ std::string IdOf(QTD::PROPERTIES* properties) {
 // Objects.
 
 // Where an attribute can't be read, there is no object.
-std::string CPUIPImageOverlay::AddText(const char* text, int x, int y, QTD::PROPERTIES* properties) {
+template <typename Interface>
+std::string OverlayStage<Interface>::AddText(const char* text, int x, int y, PROPERTIES* properties) {
   try {
     std::string id = IdOf(properties);
     const bool added =
@@ -66,31 +69,35 @@ std::string CPUIPImageOverlay::AddText(const char* text, int x, int y, QTD::PROP
   }
 }
 
-std::string CPUIPImageOverlay::AddRect(int x, int y, int width, int height, QTD::PROPERTIES* properties) {
+template <typename Interface>
+std::string OverlayStage<Interface>::AddRect(int x, int y, int width, int height, PROPERTIES* properties) {
   try {
     std::string id = IdOf(properties);
-    const QTD::RectI rect{x, y, width, height};
+    const RectI rect{x, y, width, height};
     return store.setRect(id, &rect, properties) ? id : std::string();
   } catch (...) {
     return {};
   }
 }
 
-bool CPUIPImageOverlay::DeleteObject(const std::string& id) {
+template <typename Interface>
+bool OverlayStage<Interface>::DeleteObject(const std::string& id) {
   return store.remove(id);
 }
 
-bool CPUIPImageOverlay::SetDefaults(QTD::PROPERTIES* properties) {
+template <typename Interface>
+bool OverlayStage<Interface>::SetDefaults(PROPERTIES* properties) {
   if (!properties) return false;
   store.Defaults().Merge(properties);
   return true;
 }
 
 // "image" stays the store's: templates follow it as a pointer.
-bool CPUIPImageOverlay::SetTextVariables(QTD::PROPERTIES* properties) {
-  QTD::TextParser* const parser = store.Parser();
+template <typename Interface>
+bool OverlayStage<Interface>::SetTextVariables(PROPERTIES* properties) {
+  TextParser* const parser = store.Parser();
   if (!properties || !parser) return false;
-  QTD::PROPERTIES given(*properties), taken;
+  PROPERTIES given(*properties), taken;
   for (int n = 0; n < given.Count(); ++n) {
     const std::string key = given.NameAt(n);
     if (key != "image") taken.Set(key, given.GetString(key));
@@ -101,9 +108,10 @@ bool CPUIPImageOverlay::SetTextVariables(QTD::PROPERTIES* properties) {
 
 // Commands.
 
-std::string CPUIPImageOverlay::AddTextFrom(QTD::ARGUMENTS& values) {
-  QTD::ArgumentView view(&values);
-  QTD::PROPERTIES list;
+template <typename Interface>
+std::string OverlayStage<Interface>::AddTextFrom(ARGUMENTS& values) {
+  ArgumentView view(&values);
+  PROPERTIES list;
   TakeStyle(kTextStyle, view, parameters, list);
   list.Set("objectID", view.GetString("objectID"));
   const int x = view.GetInt("text.pos.x", "0");
@@ -111,9 +119,10 @@ std::string CPUIPImageOverlay::AddTextFrom(QTD::ARGUMENTS& values) {
   return AddText(view.GetString("text.text").c_str(), x, y, &list);
 }
 
-std::string CPUIPImageOverlay::AddRectFrom(QTD::ARGUMENTS& values) {
-  QTD::ArgumentView view(&values);
-  QTD::PROPERTIES list;
+template <typename Interface>
+std::string OverlayStage<Interface>::AddRectFrom(ARGUMENTS& values) {
+  ArgumentView view(&values);
+  PROPERTIES list;
   TakeStyle(kRectStyle, view, parameters, list);
   list.Set("objectID", view.GetString("objectID"));
   const int x = view.GetInt("rect.x", "0");
@@ -122,21 +131,23 @@ std::string CPUIPImageOverlay::AddRectFrom(QTD::ARGUMENTS& values) {
   return AddRect(x, y, width, view.GetInt("rect.h", "0"), &list);
 }
 
-uint32_t CPUIPImageOverlay::RunCommand(const char* command, QTD::ARGUMENTS* args) {
+template <typename Interface>
+uint32_t OverlayStage<Interface>::RunCommand(const char* command, ARGUMENTS* args) {
   const std::string wanted = command ? command : "";
   const std::string prefix = "cmd.";
   if (!args || wanted.compare(0, prefix.size(), prefix) != 0) return 0;
   const Action action = FindAction(wanted.substr(prefix.size()));
   if (action == Action::kNone) return 0;
-  if (action == Action::kDelete) return DeleteObject(QTD::ArgumentView(args).GetString("objectID")) ? 1 : 0;
+  if (action == Action::kDelete) return DeleteObject(ArgumentView(args).GetString("objectID")) ? 1 : 0;
   const std::string id = action == Action::kAddText ? AddTextFrom(*args) : AddRectFrom(*args);
   (*args)["objectID"] = id;
   return id.empty() ? 0 : 1;
 }
 
-uint32_t CPUIPImageOverlay::ExecuteCommand(const char* command) {
+template <typename Interface>
+uint32_t OverlayStage<Interface>::ExecuteCommand(const char* command) {
   const std::string wanted = command ? command : "";
-  const QTD::RMutexLock guard(lock);
+  const RMutexLock guard(lock);
   if (wanted == "params.apply") return Finish(ApplyParameters() ? 0u : uint32_t{ZYN_ERR_FAILED});
   if (wanted == "params.reset") return Finish(ready ? 0u : uint32_t{ZYN_ERR_FAILED});
   const Action action = FindAction(wanted);
@@ -144,16 +155,22 @@ uint32_t CPUIPImageOverlay::ExecuteCommand(const char* command) {
   if (action == Action::kDelete) {
     return Finish(DeleteObject(parameters.GetString("objectID")) ? 0u : uint32_t{ZYN_ERR_FAILED});
   }
-  QTD::ARGUMENTS values;
+  ARGUMENTS values;
   parameters.ExportArguments(values);
   const std::string id = action == Action::kAddText ? AddTextFrom(values) : AddRectFrom(values);
   parameters.Set("objectID", id);
   return Finish(id.empty() ? uint32_t{ZYN_ERR_FAILED} : 0u);
 }
 
-bool CPUIPImageOverlay::ApplyParameters() {
-  QTD::PROPERTIES list;
+template <typename Interface>
+bool OverlayStage<Interface>::ApplyParameters() {
+  PROPERTIES list;
   for (const Default& entry : kApplied) list.Set(entry.name, parameters.GetString(entry.name, entry.value));
-  Enable(parameters.GetInt("enabled", "0") != 0);
+  this->Enable(parameters.GetInt("enabled", "0") != 0);
   return SetDefaults(&list);
 }
+
+template class OverlayStage<ZynDisplayCPU::ImageOverlay>;
+template class OverlayStage<ZynDisplayQGL::ImageOverlay>;
+
+}  // namespace QTD

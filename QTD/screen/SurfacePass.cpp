@@ -1,11 +1,12 @@
-#include "QTD/chain/SurfacePass.h"
+#include "QTD/screen/SurfacePass.h"
 
 #include "QTD/screen/QTDSurface.h"
 
-// Whether the surface could be prepared is not asked: the stages report what then fails.
+// A surface that cannot be prepared is not ended either: the pass of another thread may be under way on it.
+// The stages report what then fails.
 SurfacePass::SurfacePass(QTDSurface* usedSurface) : surface(usedSurface) {
   try {
-    if (surface) surface->begin(nullptr);
+    if (surface && !surface->begin(nullptr)) surface = nullptr;
   } catch (...) {
   }
 }

@@ -1,0 +1,27 @@
+// The context of a surface, for what has to be deleted on it.
+#pragma once
+
+#include "gl/surface/LivingObjects.h"
+#include "gl/surface/QGLSurface.h"
+
+// Owners delete between `begin` and `end`; where one does not, or its surface is gone, this makes the context
+// current for the scope, or is false. GUI thread.
+class ActiveSurface {
+ public:
+  // May point to where a surface was.
+  explicit ActiveSurface(const void* usedSurface) : surface(LivingSurface(usedSurface)) {
+    if (surface && !surface->isActive()) begun = surface->begin(nullptr);
+  }
+  ~ActiveSurface() {
+    if (begun) surface->end(nullptr, false);
+  }
+  ActiveSurface(const ActiveSurface&) = delete;
+  ActiveSurface& operator=(const ActiveSurface&) = delete;
+
+  explicit operator bool() const { return surface && surface->isActive(); }
+  QGLSurface* operator->() const { return surface; }
+
+ private:
+  QGLSurface* surface;
+  bool begun = false;
+};
