@@ -3,7 +3,7 @@
 
 ARGS ?=
 
-.PHONY: run test bench gallery build deps clean
+.PHONY: run test bench gallery tour build deps clean
 
 run: deps build
 	tools/with-screen build/release/apps/zynview/zynview $(if $(DISPLAY),,--seconds 5 --save build/zynview.png) $(ARGS)
@@ -24,6 +24,11 @@ bench: deps build
 # The pictures of docs/gallery.md.
 gallery: deps build
 	tools/with-screen --virtual tools/make-gallery build/release/apps/zynview/zynview
+
+# The pictures of docs/user-guide.md: a session with mouse and keys.
+tour: deps build
+	@tools/install-packages tour
+	tools/with-screen --virtual tools/make-tour build/release/apps/zynview/zynview
 
 clean:
 	rm -rf build

@@ -6,6 +6,7 @@
 #include <memory>
 #include <thread>
 
+#include "FrameKeeper.h"
 #include "FrameSource.h"
 #include "ZynDisplay.h"
 
@@ -13,11 +14,17 @@ namespace zynview {
 
 class Feed {
  public:
-  Feed(std::unique_ptr<FrameSource> frameSource, ZynDisplayProcessor* target);
+  // The frames that the display takes pass `frameKeeper` as well; neither is owned.
+  Feed(std::unique_ptr<FrameSource> frameSource, ZynDisplayProcessor* target, FrameKeeper* frameKeeper);
   ~Feed();  // stops
 
   void Start();
   void Stop();  // waits until the last frame is handed over
+
+  // While it pauses, the frames of the source are dropped; the next one that comes is shown and kept still.
+  void SetPaused(bool on) { paused = on; }
+  bool IsPaused() const { return paused; }
+  bool IsHolding() const { return holding; }  // pauses, and the keeper has the frame that the display shows
 
   const FrameSource& Source() const { return *source; }
   uint64_t Delivered() const { return delivered; }  // frames that the display took
@@ -26,10 +33,13 @@ class Feed {
   bool Ended() const { return ended; }  // the source has nothing more
 
  private:
+  void HandOver(const ZynImage& frame);
+
   std::unique_ptr<FrameSource> source;
-  ZynDisplayProcessor* display;  // not owned
+  ZynDisplayProcessor* display;
+  FrameKeeper* keeper;
   std::thread thread;
-  std::atomic<bool> stop{false}, ended{false};
+  std::atomic<bool> stop{false}, ended{false}, paused{false}, holding{false};
   std::atomic<uint64_t> delivered{0}, refused{0};
   std::atomic<uint32_t> lastCode{0};
 };

@@ -8,9 +8,10 @@
 #include <QStatusBar>
 #include <QTextStream>
 #include <QTimer>
-#include <cstdio>
-#include <cstring>
+#include <QWindow>
+#include <algorithm>
 
+#include "Commands.h"
 #include "PixelTable.h"
 
 namespace zynview {
@@ -18,68 +19,69 @@ namespace zynview {
 namespace {
 
 constexpr int kStatusMilliseconds = 500;
-constexpr int kMessageMilliseconds = 5000;
+constexpr int kPixelMilliseconds = 100;
+constexpr int kStatusColour = 0x00FFFF;  // yellow: red in the lowest byte
 constexpr int kWidth = 1024, kHeight = 780;
-constexpr double kGainStep = 1.25;
 
 void DeleteDisplay(ZynDisplayProcessor* display) {
   ZynDisplayCPU::DeleteComponent(display);
 }
 
-QTD::ARGUMENTS ReceiverArguments(ZynDisplayCommand* receiver) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%p", static_cast<void*>(receiver));
-  return {{"proc", text}};
-}
-
 }  // namespace
-
-uint32_t MainWindow::Receiver::RunCommand(const char* name, QTD::ARGUMENTS* args) {
-  if (std::strcmp(name, "notification.image") != 0 || !args) return 0;
-  const int result = std::atoi((*args)["result"].c_str());
-  ++(result == 0 ? shown : failed);
-  if (result != 0) lastResult = result;
-  return 0;
-}
 
 MainWindow::MainWindow(const Options& programOptions)
     : options(programOptions),
       display(nullptr, DeleteDisplay),
       colors(nullptr),
+      overlays(nullptr),
+      readout(nullptr, nullptr),
       sourceLabel(new QLabel(this)),
+      pixelLabel(new QLabel(this)),
       colorLabel(new QLabel(this)),
       rateLabel(new QLabel(this)),
-      timer(new QTimer(this)) {
+      timer(new QTimer(this)),
+      pixelTimer(new QTimer(this)) {
   auto* content = new QWidget(this);
   setCentralWidget(content);
-  statusBar()->addWidget(sourceLabel, 1);
-  statusBar()->addPermanentWidget(colorLabel);
-  statusBar()->addPermanentWidget(rateLabel);
-  statusBar()->setVisible(!options.bare);
-  const QSize size = options.window.isEmpty() ? QSize(kWidth, kHeight) : options.window;
-  resize(size + QSize(0, options.bare ? 0 : statusBar()->sizeHint().height()));
-  // Where room is scarce, the figures keep theirs; the title holds the whole text.
-  sourceLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  MakeStatusBar();
 
   display.reset(ZynDisplayCPU::CreateComponent(content));
   colors = ColorControls(display.get());
-  QTD::ARGUMENTS arguments = ReceiverArguments(&receiver);
-  display->RunCommand("cmd.system.notification.add", &arguments);
-  display->GetComponent()->SetParameterInt("image.notification.flags.set", 1);
+  overlays = Overlays(display.get());
+  readout = PixelReadout(display.get(), &keeper);
   // A format that the display cannot process is told at once, not by each of its images.
   display->GetComponent()->SetParameterBool("system.silent", 0);
+  display->GetComponent()->SetParameterInt("display.overlay.status.clr", kStatusColour);
+  notifications.onMove = [this](int x, int y) {
+    readout.MoveTo(x, y);
+    ShowPixel();
+  };
+  notifications.onRightClick = [this] { OpenMenu(); };
+  notifications.Join(display.get());
   QCoreApplication::instance()->installEventFilter(this);
+  connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::PassFocusOn, Qt::QueuedConnection);
   connect(timer, &QTimer::timeout, this, &MainWindow::ShowRates);
+  connect(pixelTimer, &QTimer::timeout, this, &MainWindow::ShowPixel);
 }
 
 MainWindow::~MainWindow() {
   // The display runs the event loop while it goes: nothing of this window may follow it then.
   timer->stop();
+  pixelTimer->stop();
   QCoreApplication::instance()->removeEventFilter(this);
   feed.reset();
-  QTD::ARGUMENTS arguments = ReceiverArguments(&receiver);
-  display->RunCommand("cmd.system.notification.del", &arguments);
+  notifications.Leave();
   display.reset();
+}
+
+void MainWindow::MakeStatusBar() {
+  statusBar()->addWidget(sourceLabel, 1);
+  for (QLabel* label : {pixelLabel, colorLabel, rateLabel}) statusBar()->addPermanentWidget(label);
+  statusBar()->setVisible(!options.bare);
+  const QSize size = options.window.isEmpty() ? QSize(kWidth, kHeight) : options.window;
+  resize(size + QSize(0, options.bare ? 0 : statusBar()->sizeHint().height()));
+  // Where room is scarce, the figures keep theirs; the title holds the whole text.
+  sourceLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -90,38 +92,56 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 bool MainWindow::eventFilter(QObject* object, QEvent* event) {
   // A key comes to the window first, and from there to its widgets: once is enough.
-  if (event->type() == QEvent::KeyPress && object->isWindowType()) {
+  if (event->type() == QEvent::KeyPress && object->isWindowType() && feed && !menuIsOpen) {
     const auto* key = static_cast<QKeyEvent*>(event);
     const Qt::KeyboardModifiers others = key->modifiers() & ~Qt::KeyboardModifiers(Qt::ShiftModifier);
-    if (others == Qt::NoModifier && HandleKey(key->key(), key->modifiers() & Qt::ShiftModifier)) return true;
+    const ActionRow* row = FindAction(key->key(), key->modifiers() & Qt::ShiftModifier);
+    if (others == Qt::NoModifier && row) {
+      Do(row->action);
+      return true;
+    }
+  }
+  // The display tells of movements over the picture, not of the mouse's going.
+  if (event->type() == QEvent::Leave && object->isWindowType()) {
+    readout.Leave();
+    ShowPixel();
   }
   return QMainWindow::eventFilter(object, event);
 }
 
-// Clear of the keys that are the display's own: + - 0 1 2 C, the arrows, and the sequences SD and SI.
-bool MainWindow::HandleKey(int key, bool shift) {
-  if (!feed) return false;
-  switch (key) {
-    case Qt::Key_M:
-      ShowColors(colors.NextDemosaicing());
-      return true;
-    case Qt::Key_E:
-      ShowColors(colors.ToggleMarking());
-      return true;
-    case Qt::Key_G:
-      ShowColors(colors.MultiplyGain(shift ? 1 / kGainStep : kGainStep));
-      return true;
-    case Qt::Key_R:
-      ShowColors(colors.ResetCorrection());
-      return true;
-    default:
-      return false;
+// The keys are the display's: it is the only one here that takes the focus.
+void MainWindow::PassFocusOn() {
+  const QWindow* focused = QGuiApplication::focusWindow();
+  if (!focused || focused != windowHandle()) return;
+  if (QWidget* widget = focusWidget())
+    widget->clearFocus();  // what has the focus already would not hear of it
+  focusNextChild();
+}
+
+void MainWindow::ShowPixel() {
+  pixelLabel->setText(readout.Text());
+  // The other figures stand still while the mouse goes over the picture.
+  pixelLabel->setMinimumWidth(std::max(pixelLabel->minimumWidth(), pixelLabel->sizeHint().width()));
+  if (feed && feed->IsHolding()) {
+    for (Save& save : saves) save.after = 0;
   }
+  // Saving runs the event loop, which may come here again.
+  const std::vector<Save> waiting = std::move(saves);
+  saves.clear();
+  for (const Save& save : waiting) {
+    if (keeper.Serial() > save.after) {
+      SaveNow(save.action);
+    } else {
+      saves.push_back(save);
+    }
+  }
+  const bool goesOn = readout.IsPointing() || !saves.empty();
+  if (goesOn != pixelTimer->isActive()) goesOn ? pixelTimer->start(kPixelMilliseconds) : pixelTimer->stop();
 }
 
 void MainWindow::ShowColors(const QString& problem) {
   colorLabel->setText(colors.Summary());
-  if (!problem.isEmpty()) statusBar()->showMessage(problem, kMessageMilliseconds);
+  TellProblem(problem);
 }
 
 bool MainWindow::Start(std::unique_ptr<FrameSource> source, QString* error) {
@@ -145,7 +165,8 @@ bool MainWindow::Start(std::unique_ptr<FrameSource> source, QString* error) {
                          QStringLiteral(": passes the display unread, this is no picture"));
   }
   setWindowTitle(sourceLabel->text());
-  feed = std::make_unique<Feed>(std::move(source), display.get());
+  StartView(format, source->Description());
+  feed = std::make_unique<Feed>(std::move(source), display.get(), &keeper);
   feed->Start();
   clock.start();
   interval.start();
@@ -155,20 +176,22 @@ bool MainWindow::Start(std::unique_ptr<FrameSource> source, QString* error) {
 
 void MainWindow::ShowRates() {
   const double seconds = static_cast<double>(interval.restart()) / 1000.0;
-  const uint64_t delivered = feed->Delivered(), shown = receiver.shown;
+  const uint64_t delivered = feed->Delivered(), shown = notifications.shown;
   if (seconds > 0) {
     QString text = QStringLiteral("in %1/s   shown %2/s   not shown %3")
                        .arg(static_cast<double>(delivered - lastDelivered) / seconds, 0, 'f', 1)
                        .arg(static_cast<double>(shown - lastShown) / seconds, 0, 'f', 1)
                        .arg(delivered > shown ? delivered - shown : 0);
-    if (receiver.failed > 0)
-      text += QStringLiteral("   failed %1 (code %2)").arg(receiver.failed).arg(receiver.lastResult);
+    if (notifications.failed > 0) {
+      text +=
+          QStringLiteral("   failed %1 (code %2)").arg(notifications.failed).arg(notifications.lastResult);
+    }
     if (feed->Refused() > 0) {
       text += QStringLiteral("   refused %1 (code 0x%2)")
                   .arg(feed->Refused())
                   .arg(feed->LastCode(), 8, 16, QLatin1Char('0'));
     }
-    rateLabel->setText(text);
+    rateLabel->setText(feed->IsPaused() ? QStringLiteral("paused") : text);
   }
   lastDelivered = delivered;
   lastShown = shown;
@@ -177,7 +200,7 @@ void MainWindow::ShowRates() {
 bool MainWindow::Finish() {
   feed->Stop();
   const double seconds = static_cast<double>(clock.elapsed()) / 1000.0;
-  const uint64_t delivered = feed->Delivered(), shown = receiver.shown;
+  const uint64_t delivered = feed->Delivered(), shown = notifications.shown;
   QTextStream out(stdout);
   out << sourceLabel->text() << '\n';
   if (!colorLabel->text().isEmpty()) out << colorLabel->text() << '\n';
@@ -188,7 +211,7 @@ bool MainWindow::Finish() {
              .arg(shown)
              .arg(static_cast<double>(shown) / seconds, 0, 'f', 1)
              .arg(delivered > shown ? delivered - shown : 0)
-             .arg(receiver.failed + feed->Refused());
+             .arg(notifications.failed + feed->Refused());
   out.flush();
   const bool saved = options.save.isEmpty() || SavePicture();
   return saved && shown > 0;

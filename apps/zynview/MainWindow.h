@@ -1,18 +1,24 @@
-// The viewer's window: the display, and a status line with the rates.
+// The viewer's window: the display, and a status bar with the rates and what is under the mouse.
 #pragma once
 
 #include <QElapsedTimer>
 #include <QMainWindow>
-#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
+#include "Actions.h"
 #include "ColorControls.h"
 #include "Feed.h"
+#include "FrameKeeper.h"
+#include "Notifications.h"
 #include "Options.h"
+#include "Overlays.h"
+#include "PixelReadout.h"
 #include "ZynDisplay.h"
 
 class QLabel;
+class QMenu;
 class QTimer;
 
 namespace zynview {
@@ -35,31 +41,48 @@ class MainWindow : public QMainWindow {
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
-  // Hears of every image that the display has processed.
-  class Receiver : public ZynDisplayCommand {
-   public:
-    uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) override;
-    std::atomic<uint64_t> shown{0}, failed{0};
-    std::atomic<int> lastResult{0};
-  };
+  void MakeStatusBar();
+  void PassFocusOn();
+  void StartView(const ZynImage& format, const QString& name);
 
-  // Answers whether it was one of the viewer's keys.
-  bool HandleKey(int key, bool shift);
+  void Do(Action action);
+  bool IsOnNow(Action action) const;
+  void Tell(const QString& text);
+  void TellProblem(const QString& problem);
+  void OpenMenu();
+  void AddEntries(QMenu& menu);
+  void SaveSoon(Action action);
+  void SaveNow(Action action);
+  void ShowPixel();
+
   void ShowColors(const QString& problem);
   void ShowRates();
   bool SavePicture();
 
   Options options;
-  Receiver receiver;
+  Notifications notifications;
+  FrameKeeper keeper;
   std::unique_ptr<ZynDisplayProcessor, void (*)(ZynDisplayProcessor*)> display;
   ColorControls colors;
+  Overlays overlays;
+  PixelReadout readout;
   std::unique_ptr<Feed> feed;
   QLabel* sourceLabel;
+  QLabel* pixelLabel;
   QLabel* colorLabel;
   QLabel* rateLabel;
   QTimer* timer;
+  QTimer* pixelTimer;
   QElapsedTimer clock, interval;
   uint64_t lastDelivered = 0, lastShown = 0;
+  bool menuIsOpen = false;
+
+  // What waits for a frame that is newer than this one.
+  struct Save {
+    Action action;
+    uint64_t after;
+  };
+  std::vector<Save> saves;
 };
 
 }  // namespace zynview

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Actions.h"
 #include "PixelTable.h"
 
 namespace zynview {
@@ -14,8 +15,24 @@ namespace {
 constexpr char kDescription[] =
     "Shows live cameras, pictures, raw dumps or a test scene through ZynDisplayQt.\n"
     "\n"
-    "Keys: M next demosaicing method; G and Shift+G more and less gain;\n"
-    "R resets gain, offset and gamma; E marks the exposure.";
+    "Mouse:\n"
+    "  wheel        zoom\n"
+    "  left button  drag the picture; double click: centre here\n"
+    "  right button click: menu; drag: zoom into a rectangle, with Shift out of it, with Ctrl from its "
+    "centre\n"
+    "  pointing     the status bar tells the position, and the camera's own sample there\n"
+    "\n"
+    "Keys of the display:\n"
+    "  + -          zoom in, zoom out\n"
+    "  0 1 2        fit the picture, show it one to one, fill the window\n"
+    "  C, arrows    centre the picture, move it\n"
+    "\n"
+    "Keys of the viewer, and their entries in the menu:\n";
+constexpr char kDescriptionEnd[] =
+    "\n"
+    "Pictures and raw frames are saved in the current folder: the whole frame, in the format of the camera "
+    "or as "
+    "a PNG.";
 
 struct Row {
   const char* name;
@@ -37,7 +54,11 @@ constexpr Row kRows[] = {
     {"seconds", "End after so many seconds.", "number"},
     {"save", "Save the window's picture at the end.", "file"},
     {"window", "Start with so many pixels for the picture, such as 640x480.", "WxH"},
-    {"bare", "Show no status line.", nullptr},
+    {"bare", "Show no status bar.", nullptr},
+    {"status", "Start with the display's status line, as S D does.", nullptr},
+    {"info", "Start with the display's information text, as S I does.", nullptr},
+    {"overlays", "Start with a frame, a label and a cross over the picture, as O does.", nullptr},
+    {"region", "The part of the picture that the overlays frame, such as 640x480+320+240.", "WxH+X+Y"},
     {"demosaicing", "Method for Bayer formats: 0 live, 1 bilinear, 2 better, 3 best.", "0..3"},
     {"gain", "Multiply red, green and blue; one number for all. Needs more than 8 bits.", "R,G,B"},
     {"offset", "Add to red, green and blue after the gain, as fractions of the range.", "R,G,B"},
@@ -53,6 +74,15 @@ bool ReadSize(const QString& text, QSize* size) {
   if (parts.size() != 2) return false;
   *size = QSize(parts[0].toInt(), parts[1].toInt());
   return size->width() > 0 && size->height() > 0 && size->width() <= 65535 && size->height() <= 65535;
+}
+
+bool ReadRegion(const QString& text, QRect* region) {
+  const QStringList parts = text.split(QLatin1Char('+'));
+  QSize size;
+  if (parts.size() != 3 || !ReadSize(parts[0], &size)) return false;
+  bool goodX = false, goodY = false;
+  *region = QRect(QPoint(parts[1].toUShort(&goodX), parts[2].toUShort(&goodY)), size);
+  return goodX && goodY;
 }
 
 bool ReadNumber(const QCommandLineParser& parser, const char* name, double* number, QString* error) {
@@ -106,7 +136,8 @@ bool ReadColor(const QCommandLineParser& parser, ColorSettings* color, QString* 
 
 bool ReadOptions(const QStringList& arguments, Options* options, QString* error) {
   QCommandLineParser parser;
-  parser.setApplicationDescription(QString::fromLatin1(kDescription));
+  parser.setApplicationDescription(QString::fromLatin1(kDescription) + ActionsHelp() +
+                                   QString::fromLatin1(kDescriptionEnd));
   parser.addHelpOption();
   parser.addVersionOption();
   parser.addPositionalArgument(
@@ -125,6 +156,9 @@ bool ReadOptions(const QStringList& arguments, Options* options, QString* error)
   options->camera = value("camera");
   options->save = value("save");
   options->bare = isSet("bare");
+  options->statusLine = isSet("status");
+  options->information = isSet("info");
+  options->overlays = isSet("overlays");
   if (isSet("simulator")) options->source = Options::Simulator;
   if (isSet("scene")) options->source = Options::Scene;
   if (isSet("format")) {
@@ -140,6 +174,10 @@ bool ReadOptions(const QStringList& arguments, Options* options, QString* error)
   }
   if (isSet("window") && !ReadSize(value("window"), &options->window)) {
     *error = QStringLiteral("--window wants WIDTHxHEIGHT, such as 640x480");
+    return false;
+  }
+  if (isSet("region") && !ReadRegion(value("region"), &options->region)) {
+    *error = QStringLiteral("--region wants WIDTHxHEIGHT+X+Y, such as 640x480+320+240");
     return false;
   }
   double pitch = 0;

@@ -1,6 +1,7 @@
 // What the command line asks for.
 #pragma once
 
+#include <QRect>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -21,7 +22,10 @@ struct Options {
   double seconds = 0;  // 0: until the window is closed
   QString save;        // where the window's picture goes at the end
   QSize window;        // of the picture's part of the window; empty: a useful one
-  bool bare = false;   // no status line
+  bool bare = false;   // no status bar
+  // What is on at the start.
+  bool statusLine = false, information = false, overlays = false;
+  QRect region;  // that the overlays frame; empty: the middle of the picture
   ColorSettings color;
 };
 

@@ -73,3 +73,25 @@ TEST(ViewerOptions, tell_a_raw_dump_from_a_picture_that_is_to_be_encoded) {
   EXPECT_FALSE(Read("--scene --format Mono9").good);
   EXPECT_FALSE(Read("--scene --window 12").good);
 }
+
+TEST(ViewerOptions, switch_on_what_is_drawn_over_the_picture) {
+  const Read none("--scene");
+  EXPECT_FALSE(none.options.statusLine || none.options.information || none.options.overlays);
+  const Read status("--scene --status");
+  EXPECT_TRUE(status.options.statusLine && !status.options.information && !status.options.overlays);
+  const Read info("--scene --info");
+  EXPECT_TRUE(info.options.information && !info.options.statusLine && !info.options.overlays);
+  const Read overlays("--scene --overlays --region 640x480+320+0");
+  EXPECT_TRUE(overlays.options.overlays && !overlays.options.statusLine && !overlays.options.information);
+  EXPECT_EQ(overlays.options.region, QRect(320, 0, 640, 480));
+}
+
+TEST(ViewerOptions, refuse_what_is_no_region) {
+  for (const char* line :
+       {"--region 640x480", "--region 640x480+1", "--region 640x480+1+x", "--region 0x4+1+1",
+        "--region 640x480+-1+1", "--region 1x1+70000+0", "--region 1+1+1"}) {
+    const Read read(line);
+    EXPECT_FALSE(read.good) << line;
+    EXPECT_FALSE(read.error.isEmpty()) << line;
+  }
+}

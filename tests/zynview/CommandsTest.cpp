@@ -1,0 +1,37 @@
+// Numbers and pointers as texts.
+#include "apps/zynview/Commands.h"
+
+#include <gtest/gtest.h>
+
+#include "zynview/RecordingDisplay.h"
+
+TEST(ViewerCommands, write_numbers_with_a_point_and_read_them_back) {
+  EXPECT_EQ(zynview::Number(12.5), "12.500000");
+  EXPECT_EQ(zynview::Number(-0.25), "-0.250000");
+  EXPECT_EQ(zynview::Number("3.75"), 3.75);
+  EXPECT_EQ(zynview::Number("-"), 0);
+  EXPECT_EQ(zynview::Number(""), 0);
+}
+
+TEST(ViewerCommands, carry_pointers_as_text) {
+  int anything = 0;
+  EXPECT_EQ(zynview::PointerFrom(zynview::PointerText(&anything)), &anything);
+  EXPECT_EQ(zynview::PointerFrom(""), nullptr);
+}
+
+TEST(ViewerCommands, take_a_switch_that_is_not_there_for_off) {
+  RecordingDisplay display;
+  EXPECT_FALSE(zynview::IsOn(&display, "display.view.info"));
+  display.parameters.values["display.view.info"] = "1";
+  EXPECT_TRUE(zynview::IsOn(&display, "display.view.info"));
+  display.parameters.values["display.view.info"] = "0";
+  EXPECT_FALSE(zynview::IsOn(&display, "display.view.info"));
+}
+
+TEST(ViewerCommands, tell_whether_the_display_has_done_it) {
+  RecordingDisplay display;
+  EXPECT_TRUE(zynview::Run(&display, "cmd.display.view.status"));
+  display.answer = [](const std::string&, QTD::ARGUMENTS*) { return 0u; };
+  EXPECT_FALSE(zynview::Run(&display, "cmd.display.view.status", {{"name", "value"}}));
+  EXPECT_EQ(display.commands.back().second, (QTD::ARGUMENTS{{"name", "value"}}));
+}
