@@ -1,12 +1,11 @@
 #include "QTD/display/ContextMenu.h"
 
 #include <QAction>
-#include <QApplication>
-#include <QMenu>
-#include <algorithm>
 #include <memory>
 
+#include "QTD/display/MenuUse.h"
 #include "QTD/display/QTDDisplay.h"
+#include "QTD/window/QTDViewer.h"
 
 namespace QTD {
 
@@ -67,12 +66,14 @@ void SetState(QAction& action, State wanted, const ContextMenuState& state) {
 
 }  // namespace
 
-QMenu* MakeContextMenu(QTDDisplay& display, QWidget& viewer, const ContextMenuState& state) {
-  auto menu = std::make_unique<QMenu>(&viewer);
+QMenu* MakeContextMenu(QTDDisplay& display, QTDViewer& viewer, const ContextMenuState& state) {
+  auto menu = std::make_unique<TrackedMenu>(&viewer);
+  BindToViewer(*menu, viewer);
   QMenu* submenu = nullptr;
   for (const Row& row : kRows) {
     if (row.level == Level::kTitle) {
-      submenu = menu->addMenu(QString::fromLatin1(row.label));
+      submenu = new TrackedMenu(QString::fromLatin1(row.label), *menu);
+      menu->addMenu(submenu);
       continue;
     }
     auto* action = new QAction(QObject::tr(row.label), &viewer);
@@ -84,12 +85,6 @@ QMenu* MakeContextMenu(QTDDisplay& display, QWidget& viewer, const ContextMenuSt
     place->addAction(action);
   }
   return menu.release();
-}
-
-QMenu* LivingMenu(const void* address) {
-  const QWidgetList widgets = QApplication::allWidgets();
-  const auto found = std::find(widgets.begin(), widgets.end(), address);
-  return found == widgets.end() ? nullptr : qobject_cast<QMenu*>(*found);
 }
 
 }  // namespace QTD

@@ -3,7 +3,7 @@
 
 class QMenu;
 class QTDDisplay;
-class QWidget;
+class QTDViewer;
 
 namespace QTD {
 
@@ -14,9 +14,6 @@ struct ContextMenuState {
 };
 
 // A child of `viewer`; its entries call the slots of `display`, and go when it goes. GUI thread.
-QMenu* MakeContextMenu(QTDDisplay& display, QWidget& viewer, const ContextMenuState& state);
-
-// The menu at that address, or null when there is none (any more). GUI thread.
-QMenu* LivingMenu(const void* address);
+QMenu* MakeContextMenu(QTDDisplay& display, QTDViewer& viewer, const ContextMenuState& state);
 
 }  // namespace QTD

@@ -45,12 +45,8 @@ uint32_t QTDDisplay::RunCommand(const char* name, QTD::ARGUMENTS* args) {
   if (args && command == "cmd.system.notification.add") return AddNotification(Receiver(args)) & kLowByte;
   if (args && command == "cmd.system.notification.del") return DelNotification(Receiver(args)) & kLowByte;
   if (command == "cmd.image.rebuild") {
-    bool exists = false;
-    {
-      std::lock_guard<std::recursive_mutex> guard(handlerLock);
-      exists = format != nullptr;
-    }
-    Q_EMIT signalRebuildImage();
+    const bool exists = PreparedFormat().exists;  // without waiting for an image that is processed
+    Queue(rebuildQueued, &QTDDisplay::signalRebuildImage);
     return exists ? 1 : 0;
   }
   if (HasPrefix(command, "cmd.system.menu")) return RunCommandSystemMenu(command.c_str(), args);

@@ -9,6 +9,7 @@
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/display/ScopedCount.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/platform/Platform.h"
 
@@ -207,6 +208,7 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
   {
     // Keeps the chain in place while the converter walks it.
     std::lock_guard<std::recursive_mutex> guard(handlerLock);
+    const QTD::HostCodeUnderLocks scope;
     if (builds != request->build) {
       request->converter->Fail();
     } else {

@@ -119,6 +119,19 @@ uint32_t ZynDisplayImpl::ExecuteDumpOn() {
   return code;
 }
 
+// The display as its own handler waits for the controller's locks, and the GUI thread may run host code that
+// reads a parameter of the display while it holds these. So the display's own lock is free meanwhile; any
+// other handler is called with it held.
+uint32_t ZynDisplayImpl::CallParameterHandler(bool isSet, const char* name, const std::string& value) {
+  {
+    const QTD::RMutexLock guard(&handlerLock);
+    if (ParameterHandler(isSet) != static_cast<ZynDisplayCommand*>(this)) {
+      return QTD::ComponentImpl::CallParameterHandler(isSet, name, value);
+    }
+  }
+  return AskParameterHandler(*this, isSet, name, value);
+}
+
 // As its own parameter handler, and as a receiver of the controller's notifications.
 uint32_t ZynDisplayImpl::RunCommand(const char* name, QTD::ARGUMENTS* args) {
   constexpr const char* kNotification = "notification";

@@ -11,6 +11,7 @@
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/display/ScopedFlag.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/platform/Platform.h"
@@ -47,6 +48,7 @@ uint32_t QTDDisplay::Initialize(const ZynImage* imageFormat) {
 
 // The sender's own result, not `lastError`, comes back: another thread may have written that meanwhile.
 uint32_t QTDDisplay::RunBlockingMessage(const char* name, const QTD::PROPERTIES& params) {
+  if (!QCoreApplication::instance()) return ZYN_ERR_FAILED;  // nobody would ever handle it
   auto message = std::make_shared<BlockingMessage>();
   message->name = name;
   message->params = params;
@@ -94,13 +96,19 @@ void QTDDisplay::slotObjectMessage(const char* msgName, QTD::PROPERTIES* msgPara
 uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& params) {
   lastError = 0;
   if (name != "@init.display") return 0;
-  uint32_t code = ZYN_ERR_FAILED;
-  try {
-    code = InitDisplay(static_cast<const ZynImage*>(params.GetPointer("inputImageFormat")));
-  } catch (...) {
-    // A parameter that cannot be read as a number, or host code that ran meanwhile.
-    std::scoped_lock guard(viewLock, convertLock, handlerLock);
-    FreeAll();
+  uint32_t code = ZYN_ERR_BAD_ARGUMENT;
+  const auto* given = static_cast<const ZynImage*>(params.GetPointer("inputImageFormat"));
+  if (HasSize(given)) {
+    const ZynImage imageFormat = *given;  // it may be a record of the chain that goes
+    code = ZYN_ERR_FAILED;
+    try {
+      code = InitDisplay(&imageFormat);
+    } catch (...) {
+      // A parameter that cannot be read as a number, or host code that ran meanwhile.
+      std::unique_ptr<QTDProcessor> leaving;
+      std::scoped_lock guard(viewLock, convertLock, handlerLock);
+      leaving = FreeAll();
+    }
   }
   lastError = code;
   return code;
@@ -108,15 +116,22 @@ uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& par
 
 uint32_t QTDDisplay::InitDisplay(const ZynImage* imageFormat) {
   if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return ZYN_ERR_FAILED;
-  std::scoped_lock guard(viewLock, convertLock, handlerLock);
-  // Host code that runs while the viewer is made or replaced, or a host's stage, may ask for another
-  // initialisation.
+  // Host code that runs while the chain goes or the viewer is made or replaced, or a host's stage, may ask
+  // for another initialisation.
   if (initialising || walking > 0) return ZYN_ERR_NOT_READY;
   QTD::ScopedFlag flag(initialising);
   const bool opengl = parameters.GetInt("system.opengl") != 0;
-  FreeAll();
+  std::unique_ptr<QTDProcessor> leaving;
+  {
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    leaving = FreeAll();
+  }
+  leaving.reset();
+  std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  const QTD::HostCodeUnderLocks scope;
   lastError = 0;
   checkQueued = 0;
+  rebuildQueued = 0;
   StartTimer();
 
   bool success = PrepareViewer(opengl);
@@ -125,7 +140,7 @@ uint32_t QTDDisplay::InitDisplay(const ZynImage* imageFormat) {
     // By default a format that cannot be processed shows only at the first image.
     if (parameters.GetBool("system.silent")) success = true;
   }
-  if (!success) FreeAll();
+  if (!success) leaving = FreeAll();
 
   outputRateHistory.Reset(0.0);
   inputRate.Reset();
@@ -234,16 +249,19 @@ void QTDDisplay::TakePictureAway() {
 void QTDDisplay::Uninitialize() {
   QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return;
+  std::unique_ptr<QTDProcessor> leaving;
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
   // A stage that asks for it stands in the chain that would go. Host code that asks for it while the viewer
   // is made would take the timer from a display that is ready a moment later.
-  if (walking == 0 && !initialising) FreeAll();
+  if (walking == 0 && !initialising) leaving = FreeAll();
 }
 
-// What `Uninitialize` frees; the three locks are held.
-void QTDDisplay::FreeAll() {
+// What `Uninitialize` frees; the three locks are held. The chain itself is handed out: its end runs code of
+// the host's stages, which may wait for another thread, so it goes when the locks have been given up.
+std::unique_ptr<QTDProcessor> QTDDisplay::FreeAll() {
   TakePictureAway();
-  processor.reset();
+  std::unique_ptr<QTDProcessor> leaving = std::move(processor);
+  if (leaving) leaving->SetStagesLeaving(nullptr);  // the viewer may go before it
   ++builds;
   converter.reset();
   ReleaseFormat();
@@ -255,4 +273,5 @@ void QTDDisplay::FreeAll() {
   timer = nullptr;
   incoming.Free();
   parameters.Set("processor", "0");
+  return leaving;
 }

@@ -9,6 +9,7 @@
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/display/ScopedFlag.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/frame/ImagePayload.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
@@ -24,7 +25,7 @@ constexpr uint32_t kNotifyProcessed = 1;
 constexpr uint32_t kCodeMask = 0xFFFF;
 
 // A queued check that has not come by then counts as thrown away, as hosts can do with queued events.
-constexpr int64_t kCheckMilliseconds = 1000;
+constexpr int64_t kQueuedMilliseconds = 1000;
 
 // How long a check waits for threads that want the processing lock.
 constexpr std::chrono::milliseconds kLetInPatience{4};
@@ -82,7 +83,7 @@ uint32_t QTDDisplay::DisplayVideo(const ZynImage* image) {
   }
 
   inputRate.Tick(true);
-  QueueCheck(&QTDDisplay::signalImageReceived);
+  Queue(checkQueued, &QTDDisplay::signalImageReceived);
   std::this_thread::yield();
   return Compose(lastError);
 }
@@ -138,14 +139,14 @@ uint32_t QTDDisplay::TakeAway() {
   return 0;
 }
 
-// One queued check finds whatever has come in until it runs: a host that is faster than the GUI thread does
-// not pile up events.
-void QTDDisplay::QueueCheck(void (QTDDisplay::*checkSignal)()) {
+// One queued check finds whatever has come in until it runs, and one rebuild whatever was set: a host that is
+// faster than the GUI thread does not pile up events.
+void QTDDisplay::Queue(std::atomic<int64_t>& queuedSince, void (QTDDisplay::*wanted)()) {
   const int64_t now = Milliseconds();
-  int64_t since = checkQueued;
-  if (since != 0 && now - since < kCheckMilliseconds) return;
+  int64_t since = queuedSince;
+  if (since != 0 && now - since < kQueuedMilliseconds) return;
   // Of several threads that come here at once, one queues.
-  if (checkQueued.compare_exchange_strong(since, now)) Q_EMIT(this->*checkSignal)();
+  if (queuedSince.compare_exchange_strong(since, now)) Q_EMIT(this->*wanted)();
 }
 
 // A thread that prepares a converter tries again and again to get the processing lock, and would hardly ever
@@ -172,6 +173,7 @@ void QTDDisplay::slotCheckIncomingBuffer() {
   {
     QTD::ScopedFlag flag(checking);
     std::lock_guard<std::recursive_mutex> guard(handlerLock);
+    const QTD::HostCodeUnderLocks scope;
     const uint32_t code = ProcessFront(&hasFrame);
     hasFrame = hasFrame && code == 0;
     if (hasFrame) {
@@ -184,7 +186,7 @@ void QTDDisplay::slotCheckIncomingBuffer() {
   const bool again = checkAgain;
   checkAgain = false;
   if (hasFrame) Q_EMIT signalImageProcessed(shown, false);
-  if (again) QueueCheck(&QTDDisplay::signalCheckIncomingBuffer);
+  if (again) Queue(checkQueued, &QTDDisplay::signalCheckIncomingBuffer);
 }
 
 bool QTDDisplay::CanProcess() const {
@@ -254,8 +256,9 @@ uint32_t QTDDisplay::EndWalk(uint32_t code) {
   if (!viewerLost) return code;
   if (walking == 0) {
     viewerLost = false;
+    std::unique_ptr<QTDProcessor> leaving;
     std::scoped_lock guard(viewLock, convertLock, handlerLock);
-    FreeAll();
+    leaving = FreeAll();
   }
   return ZYN_ERR_NOT_READY;
 }
@@ -277,7 +280,7 @@ void QTDDisplay::slotImageProcessed(ZynImage* image, bool rebuild) {
   outputRate.Tick(true);
   outputRateHistory.Push(outputRate.Rate());
   // A further frame may have come in during the processing.
-  if (!rebuild) QueueCheck(&QTDDisplay::signalCheckIncomingBuffer);
+  if (!rebuild) Queue(checkQueued, &QTDDisplay::signalCheckIncomingBuffer);
 }
 
 // Runs the last image through the chain again, after a change of parameters. The picture on the screen
@@ -285,10 +288,12 @@ void QTDDisplay::slotImageProcessed(ZynImage* image, bool rebuild) {
 void QTDDisplay::slotRebuildImage() {
   QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return;
+  rebuildQueued = 0;
   ZynImage* rebuilt = nullptr;
   bool done = false;
   {
     std::lock_guard<std::recursive_mutex> guard(handlerLock);
+    const QTD::HostCodeUnderLocks scope;
     // As while a new frame is processed: hosts wait.
     std::lock_guard<std::recursive_mutex> swap(incoming.SwapLock());
     inputRate.Tick(true);

@@ -1,5 +1,4 @@
 // The commands that begin with "cmd.system.menu", and what the entries of the context menu do.
-#include <QCursor>
 #include <QMenu>
 #include <atomic>
 #include <chrono>
@@ -12,8 +11,10 @@
 #include "QTD/display/ContextMenu.h"
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
+#include "QTD/display/MenuUse.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/frame/ArgumentView.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/frame/Text.h"
 #include "QTD/screen/QTDScreen.h"
 #include "QTD/window/QTDViewer.h"
@@ -21,7 +22,8 @@
 
 namespace {
 
-using Guard = std::lock_guard<std::recursive_mutex>;
+// Scroll bars and menus that are made or changed tell the host's event filters.
+using Guard = QTD::HostCodeLock;
 using Clock = std::chrono::steady_clock;
 
 // A GUI thread that does not come to a job within this time may itself be waiting for the caller.
@@ -107,17 +109,20 @@ struct QTDDisplay::MenuCommands {
         .Set("qmenuWidget", QTD::ToText(static_cast<const void*>(made->owner)));
   }
 
-  // Neither `display` nor a lock of its is touched while the menu is open: its entries, or the host, may
-  // delete the display meanwhile. A menu that is shown already is not shown once more: the first call would
-  // never come back.
+  // No lock of the display is held while the menu is open, and its call keeps the display until the menu is
+  // closed: an entry that deletes it does not take the menu away below itself. A caller on another thread
+  // goes on as soon as the menu has closed, even if an entry still runs: that one may be waiting for the
+  // caller.
   static void Exec(QTDDisplay& display, QTD::ARGUMENTS* args) {
     const void* address = QTD::ArgumentView(args).GetPointer("qmenu");
     if (!address) return;
-    const auto show = [address] {
-      QMenu* menu = QTD::LivingMenu(address);
-      if (menu && !menu->isVisible()) menu->exec(QCursor::pos());
+    const auto closed = std::make_shared<std::atomic<bool>>(false);
+    const auto show = [address, closed, key = display.Key()] {
+      QTD::LiveCall call(QTD::LiveObjects::Controllers(), key);
+      QMenu* menu = call ? QTD::LivingMenu(address) : nullptr;
+      if (menu) QTD::ShowMenu(*menu, [closed] { *closed = true; });
     };
-    RunMenuJob(show, display.closing, [&display] { return display.closing.load(); });
+    RunMenuJob(show, display.closing, [&display, &closed] { return display.closing || *closed; });
   }
 
   // Late is better than never: this job is not dropped.
@@ -125,8 +130,10 @@ struct QTDDisplay::MenuCommands {
     const void* address = QTD::ArgumentView(args).GetPointer("qmenu");
     if (!address) return;
     const Clock::time_point deadline = Clock::now() + kPatience;
-    QTD::RunOnGuiThread([address] { delete QTD::LivingMenu(address); },
-                        [&] { return display.closing || Clock::now() >= deadline; });
+    const auto drop = [address] {
+      if (QMenu* menu = QTD::LivingMenu(address)) QTD::DropMenu(*menu);
+    };
+    QTD::RunOnGuiThread(drop, [&] { return display.closing || Clock::now() >= deadline; });
   }
 };
 
@@ -145,6 +152,14 @@ uint32_t QTDDisplay::RunCommandSystemMenu(const char* name, QTD::ARGUMENTS* args
     return 1;
   }
   return 0;
+}
+
+// GUI thread. The display is about to go, and waits for its menus.
+void QTDDisplay::CloseMenus() {
+  if (!viewer) return;
+  for (QMenu* menu : viewer->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly)) {
+    if (menu->isVisible()) menu->close();
+  }
 }
 
 void QTDDisplay::slotMenuFitWindow() {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "QTD/display/QTDDisplay.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/frame/Text.h"
 #include "QTD/screen/Numbers.h"
 #include "QTD/screen/QTDScreen.h"
@@ -12,7 +13,8 @@
 
 namespace {
 
-using Guard = std::lock_guard<std::recursive_mutex>;
+// Scroll bars that follow the view tell the host's event filters.
+using Guard = QTD::HostCodeLock;
 
 // Below this a zoom coefficient counts as not given.
 constexpr double kLeastCoefficient = 1e-05;

@@ -6,6 +6,7 @@
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/display/StatusText.h"
 #include "QTD/frame/Text.h"
+#include "QTD/window/QTDViewer.h"
 #include "QTD/window/QTDWindow.h"
 
 namespace {
@@ -39,6 +40,13 @@ uint32_t QTDDisplay::UpdateStatus() {
                       {"text.font", parameters.GetString("display.overlay.status.font")}};
   AddText(QTD::StatusText(statusItems).c_str(), kTopLeft, kPlaced, &args);
   return 1;
+}
+
+// Unlike `DeleteObject` it asks for no picture: a line that is switched off goes also after a failed image.
+void QTDDisplay::RemoveFixedObject(const char* id) {
+  std::lock_guard<std::recursive_mutex> guard(viewLock);
+  QTDWindow* window = Window();
+  if (window && window->Objects().remove(id)) viewer->redraw();
 }
 
 void QTDDisplay::ShowInfo() {

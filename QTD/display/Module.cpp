@@ -7,12 +7,18 @@ struct Module {
   Module() {
     try {
       QTD::InitLogging();
-      QTD::LogCategory().info("DisplayQt: -> Enter");
+      QTD::TraceInfo("DisplayQt: -> Enter");
     } catch (...) {
       // The host's program starts in any case; the trace stays off.
     }
   }
-  ~Module() { QTD::ShutdownLogging(); }
+  ~Module() {
+    try {
+      QTD::ShutdownLogging();
+    } catch (...) {
+      // No memory for the exit line: nothing may leave a destructor.
+    }
+  }
 };
 
 const Module module;

@@ -7,6 +7,7 @@
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/window/QTDViewer.h"
@@ -51,7 +52,7 @@ QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
   parameters.Set("class", "QTDDisplay");
   parameters.Set("system.opengl", QTD::ToText(opengl));
   parameters.Set("system.parentWidget", QTD::ToText(static_cast<const void*>(parentWidget)));
-  parameters.Set("system.objectID", QTD::ToText(static_cast<const void*>(this)));
+  parameters.Set("system.objectID", QTD::ToText(Key()));
   for (const Default& entry : kDefaults) parameters.Set(entry.name, entry.value);
 
   connect(this, &QTDDisplay::signalObjectMessage, this, &QTDDisplay::slotObjectMessage, Qt::QueuedConnection);
@@ -65,7 +66,7 @@ QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
           Qt::QueuedConnection);
 
   SetParameterHandlers(this, this);
-  messenger.GetCommonProperties()->Set("from", QTD::ToText(static_cast<const void*>(this)));
+  messenger.GetCommonProperties()->Set("from", QTD::ToText(Key()));
   messenger.AddReceiver(this);
   // Last: an address is known only when nothing can go wrong any more.
   QTD::LiveObjects::Controllers().Add(Key());
@@ -75,9 +76,15 @@ QTDDisplay::~QTDDisplay() {
   BeginClosing();
   QTD::LiveObjects::Controllers().Remove(Key());
   EndParameterCalls();
+  std::unique_ptr<QTDProcessor> leaving;
   {
     std::scoped_lock guard(viewLock, convertLock, handlerLock);
-    FreeAll();
+    leaving = FreeAll();
+  }
+  leaving.reset();  // while the viewer, on whose surface it may live, is there
+  {
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    const QTD::HostCodeUnderLocks scope;
     QTDViewer* closed = viewer;
     viewer = nullptr;
     delete closed;
@@ -89,6 +96,8 @@ QTDDisplay::~QTDDisplay() {
 void QTDDisplay::BeginClosing() {
   closing = true;
   messenger.Close();
+  QMetaObject::invokeMethod(
+      this, [this] { CloseMenus(); }, Qt::QueuedConnection);
 }
 
 ZynComponent* QTDDisplay::GetComponent() {
@@ -120,16 +129,21 @@ QTDScreen* QTDDisplay::Screen() const {
 // `Initialize`. A stage of the host's may have done it: then the chain, in which that stage stands, forgets
 // the viewer at once and goes when it has run.
 void QTDDisplay::slotViewerClosing() {
-  std::scoped_lock guard(viewLock, convertLock, handlerLock);
-  if (walking > 0) {
-    viewerLost = true;
-    TakePictureAway();
-    if (processor) processor->SetStagesLeaving(nullptr);
-  } else {
-    FreeAll();
+  std::unique_ptr<QTDProcessor> leaving;
+  {
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    if (walking > 0) {
+      viewerLost = true;
+      TakePictureAway();
+      if (processor) processor->SetStagesLeaving(nullptr);
+    } else {
+      leaving = FreeAll();
+    }
+    viewer = nullptr;
   }
-  viewer = nullptr;
-  parameters.Set("surface", QTD::ToText(nullptr));
+  leaving.reset();
+  std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  if (!viewer) parameters.Set("surface", QTD::ToText(nullptr));
 }
 
 // Without images the rates decay, since each tick looks at their window anew.

@@ -160,13 +160,13 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void StartTimer();
   void ReleaseFormat();
   void TakePictureAway();
-  void FreeAll();
+  [[nodiscard]] std::unique_ptr<QTDProcessor> FreeAll();
 
   // Intake
   uint32_t CheckImage(const ZynImage& image, const Prepared& expected) const;
   void WriteFrame(const ZynImage& image, const Prepared& expected);
   uint32_t TakeAway();
-  void QueueCheck(void (QTDDisplay::*checkSignal)());
+  void Queue(std::atomic<int64_t>& queuedSince, void (QTDDisplay::*wanted)());
   uint32_t ProcessFront(bool* hasFrame);
   uint32_t RunChain();
   uint32_t WalkChain();
@@ -194,7 +194,9 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   uint32_t SendMessageByCommand(const char* name, QTD::ARGUMENTS* args);
   uint32_t UpdateStatus();  // 1 when the status line is switched on, and brought up to date
   void ShowInfo();
+  void RemoveFixedObject(const char* id);
   void SetMenuScale(double scale);
+  void CloseMenus();
   bool HasPicture() const;
   QTDWindow* Window() const;
   QTDScreen* Screen() const;
@@ -217,14 +219,16 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   std::atomic<uint32_t> imageNotificationFlags{0};  // bit 0 asks for "notification.image" after each image
 
   std::atomic<bool> closing{false};
-  std::atomic<int64_t> checkQueued{0};  // since when a check waits in the event queue, milliseconds; 0: none
+  // Since when a check or a rebuild waits in the event queue, milliseconds; 0: none.
+  std::atomic<int64_t> checkQueued{0};
+  std::atomic<int64_t> rebuildQueued{0};
   bool checking = false;                // GUI thread: a check is on the stack
   bool checkAgain = false;              // GUI thread: another one was asked for meanwhile
   int walking = 0;                      // GUI thread: runs of the chain on the stack
   bool viewerLost = false;              // GUI thread: the viewer went while the chain ran
-  bool initialising = false;            // GUI thread: an initialisation is on the stack
-  std::atomic<uint32_t> builds{0};      // counts builds of the chain; changes with `processor`
-  std::atomic<int> preparing{0};        // threads that wait for `handlerLock` to prepare a converter
+  std::atomic<bool> initialising{false};  // an initialisation is on the GUI thread's stack
+  std::atomic<uint32_t> builds{0};        // counts builds of the chain; changes with `processor`
+  std::atomic<int> preparing{0};          // threads that wait for `handlerLock` to prepare a converter
 
   std::atomic<uint64_t> lastImageID{0};  // as in `format`, for readers without `handlerLock`
 

@@ -1,17 +1,18 @@
-// A flag that is set for the length of a scope.
+// A flag, plain or atomic, that is set for the length of a scope.
 #pragma once
 
 namespace QTD {
 
+template <typename Flag>
 class ScopedFlag {
  public:
-  explicit ScopedFlag(bool& flagToSet) : flag(flagToSet) { flag = true; }
+  explicit ScopedFlag(Flag& flagToSet) : flag(flagToSet) { flag = true; }
   ~ScopedFlag() { flag = false; }
   ScopedFlag(const ScopedFlag&) = delete;
   ScopedFlag& operator=(const ScopedFlag&) = delete;
 
  private:
-  bool& flag;
+  Flag& flag;
 };
 
 }  // namespace QTD

@@ -77,7 +77,7 @@ struct QTDDisplay::ViewCommands {
     if (Flip(display, "display.view.status")) {
       display.UpdateStatus();
     } else {
-      display.DeleteObject("@status");
+      display.RemoveFixedObject("@status");
     }
     return 1;
   }
@@ -86,7 +86,7 @@ struct QTDDisplay::ViewCommands {
     if (Flip(display, "display.view.info")) {
       display.ShowInfo();
     } else {
-      display.DeleteObject("@info");
+      display.RemoveFixedObject("@info");
     }
     return 1;
   }

@@ -29,6 +29,7 @@ class ZynDisplayImpl : public ZynDisplay, public QTD::ComponentImpl, public ZynD
   virtual void Shutdown();
 
   // QTD::ComponentImpl and ZynDisplayCommand
+  uint32_t CallParameterHandler(bool isSet, const char* name, const std::string& value) override;
   uint32_t ExecuteCommand(const char* name) override;
   uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) override;
 

@@ -151,9 +151,31 @@ uint32_t ComponentImpl::ExecuteCommand(const char*) {
   return Compose(ZYN_ERR_NOT_SUPPORTED);
 }
 
+thread_local const ComponentImpl::ParameterCall* ComponentImpl::ParameterCall::innermost = nullptr;
+
+ComponentImpl::ParameterCall::ParameterCall(ComponentImpl& calledComponent)
+    : component(calledComponent), outer(innermost) {
+  innermost = this;
+  ++component.parameterCalls;
+}
+
+ComponentImpl::ParameterCall::~ParameterCall() {
+  innermost = outer;
+  --component.parameterCalls;
+}
+
+int ComponentImpl::ParameterCall::OfThisThread(const ComponentImpl& component) {
+  int count = 0;
+  for (const ParameterCall* call = innermost; call; call = call->outer) {
+    count += &call->component == &component;
+  }
+  return count;
+}
+
 void ComponentImpl::EndParameterCalls() {
   SetParameterHandlers(nullptr, nullptr);
-  while (parameterCalls > 0) std::this_thread::yield();
+  const int own = ParameterCall::OfThisThread(*this);
+  while (parameterCalls > own) std::this_thread::yield();
 }
 
 void ComponentImpl::SetParameterHandlers(ZynDisplayCommand* setter, ZynDisplayCommand* getter) {
@@ -164,13 +186,17 @@ void ComponentImpl::SetParameterHandlers(ZynDisplayCommand* setter, ZynDisplayCo
 
 uint32_t ComponentImpl::CallParameterHandler(bool isSet, const char* name, const std::string& value) {
   const RMutexLock guard(&handlerLock);
-  ZynDisplayCommand* const handler = isSet ? setHandler : getHandler;
-  if (!handler) return 0;
+  ZynDisplayCommand* const handler = ParameterHandler(isSet);
+  return handler ? AskParameterHandler(*handler, isSet, name, value) : 0;
+}
+
+uint32_t ComponentImpl::AskParameterHandler(ZynDisplayCommand& handler, bool isSet, const char* name,
+                                            const std::string& value) {
   ARGUMENTS arguments = {{"name", TextOrEmpty(name)},
                          {"value", value},
                          {"props", ToText(static_cast<const void*>(&parameters))}};
   const char* const command = isSet ? "cmd.parameter.set" : "cmd.parameter.get";
-  return handler->RunCommand(command, &arguments) != 0 ? 1 : 0;
+  return handler.RunCommand(command, &arguments) != 0 ? 1 : 0;
 }
 
 }  // namespace QTD

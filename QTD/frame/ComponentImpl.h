@@ -44,24 +44,35 @@ class ComponentImpl : public ZynComponent {
 
   PROPERTIES& Parameters() { return parameters; }
 
-  // Takes the handlers away and waits for the parameter calls of other threads that are under way. A class
-  // whose objects hosts delete calls it first in its destructor.
+  // Takes the handlers away and waits for the parameter calls of other threads that are under way; those that
+  // the calling thread itself is inside of are not waited for. A class whose objects hosts delete calls it
+  // first in its destructor.
   void EndParameterCalls();
 
  protected:
-  // Counts a call for the length of a scope.
+  // Counts a call for the length of a scope. The calls that a thread is inside of hang together, so that each
+  // thread knows its own.
   class ParameterCall {
    public:
-    explicit ParameterCall(ComponentImpl& calledComponent) : component(calledComponent) {
-      ++component.parameterCalls;
-    }
-    ~ParameterCall() { --component.parameterCalls; }
+    explicit ParameterCall(ComponentImpl& calledComponent);
+    ~ParameterCall();
     ParameterCall(const ParameterCall&) = delete;
     ParameterCall& operator=(const ParameterCall&) = delete;
 
+    static int OfThisThread(const ComponentImpl& component);  // how many of them are calls of `component`
+
    private:
+    static thread_local const ParameterCall* innermost;
+
     ComponentImpl& component;
+    const ParameterCall* const outer;  // the call that this one was made from
   };
+
+  // The handler for a direction; hold `handlerLock`.
+  ZynDisplayCommand* ParameterHandler(bool isSet) const { return isSet ? setHandler : getHandler; }
+  // Puts the question to a handler: 0 go on, 1 stop.
+  uint32_t AskParameterHandler(ZynDisplayCommand& handler, bool isSet, const char* name,
+                               const std::string& value);
 
   std::atomic<int> parameterCalls{0};  // under way
   uint8_t componentID = 0xFF;

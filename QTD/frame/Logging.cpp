@@ -1,9 +1,11 @@
 #include "QTD/frame/Logging.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdarg>
 #include <log4cpp/PropertyConfigurator.hh>
 #include <string>
+#include <thread>
 
 #include "QTD/platform/Platform.h"
 
@@ -12,8 +14,33 @@ namespace {
 
 constexpr const char* kLogFile = "zynlog4cpp.property";
 
-// Set from the shutdown on. Needs no construction or destruction, so it holds until the process has ended.
-std::atomic<bool> closed{false};
+// Why nothing is written. Neither of the two variables needs construction or destruction, so they hold until
+// the process has ended.
+enum Silence : unsigned { kOff = 1, kClosed = 2 };  // no good file; shut down
+std::atomic<unsigned> silence{0};
+std::atomic<int> linesUnderWay{0};
+
+constexpr auto kLongestLine = std::chrono::seconds(1);
+
+// Whether all lines came to their end in time.
+bool WaitForLines() {
+  const auto end = std::chrono::steady_clock::now() + kLongestLine;
+  while (linesUnderWay > 0) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+// Counts first and looks then, while the shutdown closes first and counts then: one of the two sees the
+// other.
+bool EnterLine(log4cpp::Category& category) {
+  if (silence != 0) return false;
+  ++linesUnderWay;
+  if (silence == 0 && category.isDebugEnabled()) return true;
+  --linesUnderWay;
+  return false;
+}
 
 bool Configure(const std::string& path) {
   try {
@@ -30,15 +57,18 @@ void InitLogging() {
   // Without a folder the bare name stays, which is looked for in the process's current folder.
   const std::string path = platform::TraceFolder() + kLogFile;
   platform::DebugChannel("ZynLog4Cpp: trying to load " + path + "\n");
-  platform::DebugChannel(Configure(path)
-                             ? "ZynLog4Cpp: PropertyConfigurator::configure succeeded!\n"
-                             : "ZynLog4Cpp: PropertyConfigurator::configure failed, logging is disabled!\n");
-  closed = false;
+  silence = kOff;
+  LogCategory();  // made while the log library lives
+  const bool good = Configure(path);
+  platform::DebugChannel(good ? "ZynLog4Cpp: PropertyConfigurator::configure succeeded!\n"
+                              : "ZynLog4Cpp: PropertyConfigurator::configure failed, logging is disabled!\n");
+  if (good) silence = 0;
 }
 
 void ShutdownLogging() {
-  if (closed.exchange(true)) return;
-  LogCategory().info("DisplayQt: <- Exit");
+  const unsigned before = silence.fetch_or(kClosed);
+  if ((before & kClosed) || !WaitForLines()) return;
+  if (!(before & kOff)) LogCategory().info("DisplayQt: <- Exit");
   log4cpp::Category::shutdown();
 }
 
@@ -47,11 +77,17 @@ log4cpp::Category& LogCategory() {
   return category;
 }
 
-bool TraceEnabled(log4cpp::Category& category) {
-  return !closed && category.isDebugEnabled();
+void TraceInfo(const char* text) {
+  if (silence == 0) LogCategory().info(std::string(text));
 }
 
-void Trace(log4cpp::Category& category, const char* format, ...) {
+TraceLine::TraceLine(log4cpp::Category& writtenTo) : category(writtenTo), wanted(EnterLine(writtenTo)) {}
+
+TraceLine::~TraceLine() {
+  if (wanted) --linesUnderWay;
+}
+
+void TraceLine::Write(const char* format, ...) const {
   va_list values;
   va_start(values, format);
   category.logva(log4cpp::Priority::DEBUG, format, values);

@@ -30,10 +30,11 @@ class Messenger : public Thread {
   virtual void AddReceiver(ZynDisplayCommand* receiver);
   // Waits for a delivery to that receiver that is under way on another thread, so that the receiver may be
   // deleted afterwards. Does not wait inside a delivery to that receiver. Inside another delivery, of
-  // whichever messenger, it waits one second at most: the notification that the caller is in may hold a lock
-  // that the receiver waits for. After that second the receiver may still be running, and only the host knows
-  // when it has returned. On the GUI thread events are handled during the wait, so that a receiver may wait
-  // for that thread; the caller should hold no lock. Always true.
+  // whichever messenger, and inside `HostCodeUnderLocks` it waits one second at most: whoever called the host
+  // may hold a lock that the receiver waits for. After that second the receiver may still be running: the
+  // host must not delete it before it knows, by its own means, that it has returned. On the GUI thread events
+  // are handled during the wait, so that a receiver may wait for that thread; the caller should hold no lock.
+  // Always true.
   virtual bool RemoveReceiver(ZynDisplayCommand* receiver);
   // The OR of the receivers' results. Without `args` the receivers get an empty map, without the common
   // pairs. What a receiver throws goes on to the caller, when all the others have been told.

@@ -7,6 +7,7 @@
 #include <list>
 #include <thread>
 
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/platform/Platform.h"
 
 namespace QTD {
@@ -75,7 +76,7 @@ class Register {
                     [&](const Entry& e) { return e.receiver == receiver && e.thread == self; })) {
       return;
     }
-    const bool bounded = IsDeliveringOn(self);
+    const bool bounded = IsDeliveringOn(self) || HostCodeUnderLocks::IsActive();
     const auto deadline = Clock::now() + Receivers::kPatience;
     const Waiting waiting(*this, {owner, receiver, self, moment});
     while (IsHeld(*waiting.position) && !(bounded && Clock::now() >= deadline)) {

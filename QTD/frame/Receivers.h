@@ -16,9 +16,9 @@ class Receivers {
  public:
   enum class Exceptions { pass, swallow };
 
-  // How long a removal waits inside a delivery. Whoever made that delivery may hold a lock that the awaited
-  // receiver is waiting for, and gives it up only when the delivery returns: without a limit both would wait
-  // for ever.
+  // How long a removal waits inside a delivery, and in other host code that runs under locks of the library.
+  // Whoever called that code may hold a lock that the awaited receiver is waiting for, and gives it up only
+  // when the code returns: without a limit both would wait for ever.
   static constexpr std::chrono::seconds kPatience{1};
 
   // Null and known ones are ignored; false when closed.
@@ -36,9 +36,9 @@ class Receivers {
 
   // Waits for the deliveries to `receiver` that began before `moment` and are under way on other threads.
   // Returns at once inside a delivery to that receiver, and does not wait for a delivery that itself waits,
-  // directly or through others, for this thread; inside any delivery it waits `kPatience` at most. On the GUI
-  // thread it handles events meanwhile, since the receiver may be waiting for that thread; no lock is held
-  // then.
+  // directly or through others, for this thread; inside any delivery, and inside `HostCodeUnderLocks`, it
+  // waits `kPatience` at most. On the GUI thread it handles events meanwhile, since the receiver may be
+  // waiting for that thread; no lock is held then.
   void WaitForDeliveries(const ZynDisplayCommand* receiver, uint64_t moment) const;
 
   // Calls each receiver in order of registration; the OR of their results. All see the same `args`. One that

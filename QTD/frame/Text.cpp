@@ -127,6 +127,7 @@ double ParseDouble(const std::string& text) {
 }
 
 void* ParsePointer(const std::string& text) {
+  const CLocaleScope scope;
   void* pointer = nullptr;
   return std::sscanf(text.c_str(), "%p", &pointer) == 1 ? pointer : nullptr;
 }

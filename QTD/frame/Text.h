@@ -1,6 +1,7 @@
 // Values as text: the one place where numbers, flags and pointers are written and read.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -13,6 +14,10 @@ std::string ToText(long long value, const char* format = nullptr);  // "%lld"
 std::string ToText(unsigned value);                                 // "%u"
 std::string ToText(double value, const char* format = nullptr);     // "%f"
 std::string ToText(const void* pointer);                            // "%p"; null is "(nil)"
+inline std::string ToText(std::nullptr_t) {
+  return ToText(static_cast<const void*>(nullptr));
+}
+std::string ToText(const char*) = delete;  // a text is no value: its address would be written
 inline std::string ToText(bool flag) {
   return flag ? "1" : "0";
 }
@@ -20,10 +25,10 @@ inline std::string ToText(long value, const char* format = nullptr) {
   return ToText(static_cast<long long>(value), format);
 }
 
-// Reading. The text counts up to its first zero byte; an empty text is the zero of the kind; trailing
-// characters are ignored. A text without digits raises std::invalid_argument ("invalid stoi argument", "...
-// stoll ...",
-// "... stod ..."), one out of range std::out_of_range ("stoi argument out of range", ...).
+// Reading, in the C locale as well. The text counts up to its first zero byte; an empty text is the zero of
+// the kind; trailing characters are ignored. A text without digits raises std::invalid_argument with the name
+// of the kind's function ("invalid stoi argument", stoll, stod), one out of range std::out_of_range ("stoi
+// argument out of range").
 int ParseInt(const std::string& text);
 int64_t ParseInt64(const std::string& text);
 bool ParseBool(const std::string& text);

@@ -16,8 +16,10 @@ class PixelFormat {
   ~PixelFormat();
 
   void Decode(uint32_t code);
-  // A partial inverse of `Decode`: 0 for what has no code. The code of a Bayer format is good for its low
-  // byte and its storage byte only.
+  // A partial inverse of `Decode`: 0 for what has no code. The code of a Bayer format has a family byte of
+  // its own and is good for its low half alone. Of the eight p formats only the two of the GR order come out
+  // with their own low half: the other rows are counted up one by one from it, though the formats' rows step
+  // by two.
   uint32_t Encode() const;
   int LineBytes(int width) const;           // bytes of one source line; 0 for a width below 1
   double ColorScale(int targetBits) const;  // factor from the format's depth to the target's

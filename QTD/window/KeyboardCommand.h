@@ -20,12 +20,14 @@ class KeyboardCommand {
   // typed so far end with, upper and lower case alike; an empty text when there is none.
   std::string process(char typed);
 
-  PROPERTIES sequences;   // from key sequence to command name
-  int32_t maxLength = 0;  // of the longest sequence, set by whoever fills `sequences`; 0: nothing is found
+  PROPERTIES sequences;  // from key sequence to command name
 
  protected:
   std::string name;    // stays empty
   std::string buffer;  // the last keys typed
+
+ public:
+  int32_t maxLength = 0;  // of the longest sequence, set by whoever fills `sequences`; 0: nothing is found
 };
 
 }  // namespace QTD

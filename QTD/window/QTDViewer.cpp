@@ -35,6 +35,7 @@ QTDViewer::QTDViewer(QWidget* parentWidget, bool opengl) : QWidget(parentWidget)
 // The host's widget outlives this one, or is just being destroyed: what stands in it is taken out as far as
 // it still exists. The window goes without `lock`, since its end may run host code.
 QTDViewer::~QTDViewer() {
+  EndParameterCalls();
   Q_EMIT signalClosing();
   QTDWindow* closing = nullptr;
   {

@@ -72,6 +72,8 @@ bool QTDWindow::key(int code) {
   if (!screen) return false;
   for (const KeyRow& row : kKeys) {
     if (row.code != code) continue;
+    // Without a picture there is nothing to move, and a centre that waits for the first one stays.
+    if (row.counts == Counts::Center && !hasImage()) return true;
     const bool changed = Act(row, *screen);
     followView();  // a refit tells nobody of itself
     if (changed) update();

@@ -95,6 +95,7 @@ bool QTDWindow::mouseDown(int x, int y, bool left, bool) {
 
   grabMouse();
   mouseMode = kPan;
+  rightPressed = false;  // its place is overwritten here: no rectangle may begin there
   pressPos = QPoint(x, y);
   screen->setFit(0, false);
   if (screen->isReady()) screen->dragStart(x, y);
@@ -130,12 +131,15 @@ bool QTDWindow::trackRectangle(QPoint position) {
   return true;
 }
 
-// Zooms on the band as it is now; one that is too small changes nothing in the view.
-void QTDWindow::endRectangle() {
+// Zooms on the band as it is now; one that is too small changes nothing in the view. `asShown` keeps to what
+// the cursor shows, which knows of a Shift key that no event of the mouse has told of.
+void QTDWindow::endRectangle(bool asShown) {
   if (screen) screen->setFit(0, false);
+  const uint32_t shown = zoom->ShownMode();
   QTD::RectI band;
   zoom->finish(&band);
-  const uint32_t asked = zoom->CurrentMode();
+  uint32_t asked = zoom->CurrentMode();
+  if (asShown && asked != QTDZoom::kNoZoom) asked = shown;
   if (!screen || asked == QTDZoom::kNoZoom) return;
   QPoint corner(band.x, band.y);
   mapFromGlobal(corner);
@@ -159,6 +163,7 @@ bool QTDWindow::mouseUp(int x, int y, bool left, bool) {
     if (mouseMode == kPan || grabbed) {
       mouseMode = kIdle;
       releaseMouse();
+      rightPressed = false;  // its place goes with the pan's
       pressPos = QPoint();
       if (screen->isReady()) screen->dragEnd();
       handled = true;
@@ -168,9 +173,10 @@ bool QTDWindow::mouseUp(int x, int y, bool left, bool) {
     rightPressed = false;
     mouseMode = kIdle;
     if (zoom && zoom->IsActive()) {
-      endRectangle();
-    } else if (tellHost(MouseNotice::RightClick, QPoint(x, y), hold) == Told::Gone) {
-      return false;
+      endRectangle(false);
+    } else {
+      if (zoom) zoom->finish(nullptr);  // takes away what a parent that went has left of one
+      if (tellHost(MouseNotice::RightClick, QPoint(x, y), hold) == Told::Gone) return false;
     }
     update();
     handled = true;
@@ -204,6 +210,7 @@ bool QTDWindow::focusLost() {
     mouseMode = kIdle;
   }
   if (tellHost(MouseNotice::Free, pressPos, hold) != Told::GoOn || loss != presses) return false;
+  rightPressed = false;  // also one that came during a pan
   if (mouseMode == kPan || grabbed) {
     releaseMouse();
     pressPos = QPoint();
@@ -212,13 +219,13 @@ bool QTDWindow::focusLost() {
       followView();
       update();
     }
-  } else {
-    rightPressed = false;
   }
   // Also one whose mode another button has ended meanwhile: it must not outlive the focus.
   if (zoom && zoom->IsActive()) {
-    endRectangle();
+    endRectangle(true);
     update();
+  } else if (zoom) {
+    zoom->finish(nullptr);
   }
   mouseMode = kIdle;
   showCursor(Qt::ArrowCursor);

@@ -69,7 +69,9 @@ bool QTDZoom::begin(QTDWindow* target, const QPoint* pressPos, bool growFromCent
     return false;
   }
   active = parent;
+  begun = true;
   rect = RectI();
+  mode = lastMode = kNoZoom;  // what the round before showed is over
   start = pressPos ? *pressPos : window->cursorPos(true);
   window->setMouseGrabEnabled(true);
   timer->setInterval(kTick);
@@ -102,9 +104,10 @@ RectI QTDZoom::centredBand(const QPoint& position, int smallest) {
   int64_t dy = Distance(position.y(), start.y());
   if (properties.GetBool("adjust")) {
     const QRect inner = window->geometry(false);
-    const double ratio = QTD::GuardedDivide(std::abs(static_cast<double>(inner.height())),
-                                            std::abs(static_cast<double>(inner.width())));
-    dy = QTD::Round(static_cast<double>(dx) * ratio);
+    // The product comes first: a quotient cannot always be written as a double.
+    dy =
+        QTD::Round(QTD::GuardedDivide(static_cast<double>(dx) * std::abs(static_cast<double>(inner.height())),
+                                      std::abs(static_cast<double>(inner.width()))));
   }
   mode = dx < smallest ? kNoZoom : position.x() >= start.x() ? kZoomIn : kZoomOut;
   return {Held(start.x() - dx), Held(start.y() - dy), Held(2 * dx), Held(2 * dy)};
@@ -134,23 +137,34 @@ void QTDZoom::drawBand(const RectI* band) {
   window->overlayRect(objectID.c_str(), corner.x(), corner.y(), band->width, band->height, &list);
 }
 
+// The parent may have gone meanwhile: the window keeps nothing of the band all the same.
 void QTDZoom::finish(RectI* result) {
   timer->stop();
-  if (!IsActive()) return;
-  if (result) {
+  if (!begun) return;
+  begun = false;
+  if (result && IsActive()) {
     trackTo(result);
     drawBand(&rect);
   }
+  active = nullptr;
+  if (!window) return;
   window->Objects().remove(objectID);
   window->setMouseGrabEnabled(false);
   window->setCursor(Qt::ArrowCursor);
   window->update();
-  active = nullptr;
+}
+
+void QTDZoom::slotTimer() {
+  // Once in a tick, however many connections there are: the question goes to the X server and back.
+  const auto now = std::chrono::steady_clock::now();
+  if (now - lastTick < std::chrono::milliseconds(kTick / 2)) return;
+  lastTick = now;
+  refreshMode();
 }
 
 // The keyboard itself is asked: no event tells of Shift while the mouse stands still, since that of the key
 // itself still has the state before.
-void QTDZoom::slotTimer() {
+void QTDZoom::refreshMode() {
   if (!IsActive() || mode == kNoZoom || fromCenter) return;
   mode = ModeBy(QGuiApplication::queryKeyboardModifiers());
   if (mode != lastMode) showMode(mode);
@@ -158,6 +172,6 @@ void QTDZoom::slotTimer() {
 
 bool QTDZoom::key(int) {
   if (!IsActive()) return false;
-  slotTimer();
+  refreshMode();
   return true;
 }

@@ -6,6 +6,7 @@
 #include <QPoint>
 #include <QPointer>
 #include <QTimer>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -47,6 +48,7 @@ class QTDZoom : public QObject, public QTDInput {
 
   bool IsActive() const { return !active.isNull() && !window.isNull(); }
   uint32_t CurrentMode() const { return mode; }
+  uint32_t ShownMode() const { return lastMode; }  // by the cursor, from the band's begin on
   const std::string& ObjectID() const { return objectID; }
 
  public Q_SLOTS:
@@ -56,6 +58,7 @@ class QTDZoom : public QObject, public QTDInput {
   QTD::RectI centredBand(const QPoint& position, int smallest);
   QTD::RectI corneredBand(const QPoint& position, int smallest);
   void showMode(uint32_t shown);
+  void refreshMode();
 
   QPointer<QTDWindow> window;
   QPointer<QWidget> active;  // the window's parent widget while the band is shown
@@ -71,6 +74,8 @@ class QTDZoom : public QObject, public QTDInput {
   QTD::PROPERTIES properties;  // keys: "adjust", "color", "skip.track", "rect.width"
 
  protected:
-  std::string name;      // stays empty
-  std::string objectID;  // of the band among the window's overlays
+  std::string name;                                // stays empty
+  std::string objectID;                            // of the band among the window's overlays
+  bool begun = false;                              // and not ended, whether the parent still exists or not
+  std::chrono::steady_clock::time_point lastTick;  // that asked the keyboard
 };

@@ -20,7 +20,9 @@ TEST_F(Lifecycle, has_its_parameters_in_order_after_creation) {
       {"class", "QTDDisplay"},
       {"system.opengl", "0"},
       {"system.parentWidget", QTD::ToText(static_cast<const void*>(&parent))},
-      {"system.objectID", QTD::ToText(static_cast<const void*>(display.get()))},
+      // The pointer that a host holds.
+      {"system.objectID",
+       QTD::ToText(static_cast<const void*>(static_cast<ZynDisplayProcessor*>(display.get())))},
       {"system.silent", "1"},
       {"system.timer", "1000"},
       {"display.init.view.fit", "1"},
@@ -216,6 +218,48 @@ TEST_F(Lifecycle, initialises_by_message) {
   QTD::ARGUMENTS args{{"inputImageFormat", QTD::ToText(static_cast<const void*>(&image.record))}};
   EXPECT_EQ(display->RunCommand("@init.display", &args), 0u);
   EXPECT_NE(display->GetProcessor(), nullptr);
+}
+
+TEST_F(Lifecycle, a_message_without_a_format_is_refused_and_leaves_the_display_as_it_is) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  ZynImgProcessingChain* const chain = display->GetProcessor();
+  HostImage flat(ZYN_PIXEL_MONO8, 64, 48), narrow(ZYN_PIXEL_MONO8, 64, 48);
+  flat.record.height = 0;
+  narrow.record.width = 0;
+  const QTD::ARGUMENTS wrong[] = {
+      {},
+      {{"inputImageFormat", ""}},
+      {{"inputImageFormat", "(nil)"}},
+      {{"inputImageFormat", "none"}},
+      {{"inputImageFormat", QTD::ToText(static_cast<const void*>(&flat.record))}},
+      {{"inputImageFormat", QTD::ToText(static_cast<const void*>(&narrow.record))}},
+  };
+  for (QTD::ARGUMENTS args : wrong) {
+    display->DisplayVideo(nullptr);  // clears the error
+    EXPECT_EQ(display->RunCommand("@init.display", &args), 0u);
+    EXPECT_EQ(display->LastError(), 7u);
+    EXPECT_EQ(display->GetProcessor(), chain);
+    EXPECT_EQ(Parameter("processor"), QTD::ToText(static_cast<const void*>(chain)));
+  }
+  EXPECT_EQ(display->RunCommand("@init.display", nullptr), 0u);
+  EXPECT_EQ(display->LastError(), 7u);
+  EXPECT_EQ(display->GetProcessor(), chain);
+  EXPECT_EQ(display->DisplayVideo(&image.record), 0u);
+  EXPECT_TRUE(WaitFor([this] { return display->OutputRate().Total() == 1; }));
+}
+
+TEST_F(Lifecycle, may_be_initialised_with_a_record_of_its_own_chain) {
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  const ZynImage* const own = display->GetProcessor()->GetImageInfo(true);
+  ASSERT_NE(own, nullptr);
+  EXPECT_EQ(display->Initialize(own), 0u);
+  const ZynImage* const made = display->GetProcessor()->GetImageInfo(true);
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(made->width, 64u);
+  EXPECT_EQ(made->height, 48u);
+  EXPECT_EQ(made->pixelType, ZYN_PIXEL_MONO8);
 }
 
 TEST_F(Lifecycle, the_status_timer_runs_after_a_change_of_variant) {

@@ -1,6 +1,7 @@
 // A display with a picture on the screen, for the tests of commands.
 #pragma once
 
+#include <algorithm>
 #include <string>
 
 #include "QTD/screen/QTDScreen.h"
@@ -9,6 +10,14 @@
 #include "tests/display/DisplayFixture.h"
 
 namespace display_test {
+
+// The fraction of a picture at the window's centre that leaves no gap at an edge: of a picture that is longer
+// than the window. Others are centred.
+inline double HeldFraction(double fraction, double length, double window) {
+  if (length <= window) return 0.5;
+  const double least = window / 2 / length;
+  return std::min(std::max(fraction, least), 1 - least);
+}
 
 class PictureTest : public DisplayTest {
  protected:

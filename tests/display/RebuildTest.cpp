@@ -87,6 +87,19 @@ TEST_F(Rebuild, does_not_believe_a_record_that_was_refused) {
   ExpectShown(2, 2);
 }
 
+TEST_F(Rebuild, one_is_run_for_all_that_are_asked_for_meanwhile) {
+  Show(image, 7, 1);
+  int runs = 0;
+  CountRuns(&runs);
+  for (int command = 0; command < 100; ++command)
+    EXPECT_EQ(display->RunCommand("cmd.image.rebuild", nullptr), 1u);
+  Settle();
+  EXPECT_EQ(runs, 1);
+  EXPECT_EQ(display->RunCommand("cmd.image.rebuild", nullptr), 1u);
+  Settle();
+  EXPECT_EQ(runs, 2);
+}
+
 TEST_F(Rebuild, before_any_image_leaves_the_error_as_it_was) {
   ZynImage noPixels = image.record;
   noPixels.imageData = nullptr;

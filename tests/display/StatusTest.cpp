@@ -116,6 +116,24 @@ TEST_F(Status, switching_it_on_shows_the_line_at_once_and_off_takes_it_away) {
   EXPECT_FALSE(Has("@status"));
 }
 
+TEST_F(Status, and_information_go_also_after_a_failed_image) {
+  Show();
+  ASSERT_EQ(Run("cmd.display.view.status"), 1u);
+  ASSERT_EQ(Run("cmd.display.view.info"), 1u);
+  ASSERT_TRUE(Has("@status"));
+  ASSERT_TRUE(Has("@info"));
+  HostImage small(ZYN_PIXEL_MONO8, 8, 8);
+  display->DisplayVideo(&small.record);  // refused
+  ASSERT_NE(display->LastError(), 0u);
+  EXPECT_FALSE(display->DeleteObject("@status"));  // a host's own deletions need a picture
+  EXPECT_EQ(Run("cmd.display.view.status"), 1u);
+  EXPECT_EQ(Parameter("display.view.status"), "0");
+  EXPECT_FALSE(Has("@status"));
+  EXPECT_EQ(Run("cmd.display.view.info"), 1u);
+  EXPECT_EQ(Parameter("display.view.info"), "0");
+  EXPECT_FALSE(Has("@info"));
+}
+
 TEST_F(Status, before_any_image_the_rate_is_0) {
   Start(image);
   EXPECT_EQ(Run("cmd.display.view.status"), 1u);

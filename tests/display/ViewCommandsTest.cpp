@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tests/display/PictureFixture.h"
+#include "tests/display/RecordingHost.h"
 
 namespace display_test {
 
@@ -280,14 +281,13 @@ TEST_F(ViewCommands, the_part_of_the_image_in_view_is_told) {
 
 TEST_F(ViewCommands, the_windows_notification_flags_are_set) {
   Show();
-  std::atomic<int> notices{0};
-  receiver.OnMessage([&](const std::string& name) { notices += name == "notification.view" ? 1 : 0; });
+  RecordingHost host;
+  display->AddNotification(&host);
   const auto hears = [&] {
-    Settle();
-    notices = 0;
+    host.Clear();
     Window()->Execute("view.changed", nullptr);
-    Settle(100);
-    return notices > 0;
+    EXPECT_TRUE(host.HeardAll(*display));
+    return !host.Of("notification.view").empty();
   };
   EXPECT_TRUE(hears());
   EXPECT_EQ(Run("cmd.display.view.nofication", {{"flags", "4"}}), 1u);
@@ -298,6 +298,7 @@ TEST_F(ViewCommands, the_windows_notification_flags_are_set) {
   EXPECT_TRUE(hears());
   EXPECT_EQ(Run("cmd.display.view.nofication"), 1u);  // absent flags read as 0
   EXPECT_FALSE(hears());
+  display->DelNotification(&host);
 }
 
 TEST_F(ViewCommands, the_geometry_changes_at_once_on_any_thread) {

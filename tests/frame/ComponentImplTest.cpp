@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
 #include <functional>
-#include <future>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -43,7 +41,6 @@ class Handler : public ZynDisplayCommand {
 class Component : public ComponentImpl {
  public:
   using ComponentImpl::componentID;
-  using ComponentImpl::handlerLock;
   using ComponentImpl::log;
 };
 
@@ -364,49 +361,6 @@ TEST_F(ComponentTest, lets_a_handler_call_back_into_the_component) {
   EXPECT_EQ(Text("outer"), "2");
   EXPECT_EQ(component.SetParameterInt("outer", 3), 0u);
   EXPECT_EQ(setter.calls.size(), 2u) << "null removes a handler";
-}
-
-TEST_F(ComponentTest, holds_the_handler_lock_for_the_handlers_call_and_not_for_the_store) {
-  component.SetParameterHandlers(&setter, nullptr);
-  const auto isFree = [&] {
-    return std::async(std::launch::async,
-                      [&] {
-                        const bool taken = component.handlerLock.try_lock();
-                        if (taken) component.handlerLock.unlock();
-                        return taken;
-                      })
-        .get();
-  };
-  bool freeInside = true;
-  setter.action = [&](ARGUMENTS&) { freeInside = isFree(); };
-  component.SetParameterInt("a", 1);
-  EXPECT_FALSE(freeInside);
-  EXPECT_TRUE(isFree());
-}
-
-TEST_F(ComponentTest, frees_the_handler_lock_when_a_handler_throws) {
-  component.SetParameterHandlers(&setter, nullptr);
-  setter.action = [](ARGUMENTS&) { throw std::out_of_range("handler"); };
-  EXPECT_THROW(component.SetParameterInt("a", 1), std::out_of_range);
-  setter.action = nullptr;
-  EXPECT_EQ(std::async(std::launch::async, [&] { return component.SetParameterInt("a", 2); }).get(), 0u);
-}
-
-TEST_F(ComponentTest, serves_several_threads_one_handler_call_at_a_time) {
-  component.SetParameterHandlers(&setter, &getter);
-  const auto work = [&](int64_t value) {
-    for (int i = 0; i < 300; ++i) {
-      component.SetParameterInt("shared", value);
-      int64_t read = 0;
-      component.GetParameterInt("shared", &read);
-      EXPECT_TRUE(read == 1 || read == 2);
-    }
-  };
-  std::future<void> other = std::async(std::launch::async, work, 1);
-  work(2);
-  other.get();
-  EXPECT_EQ(setter.calls.size(), 600u);
-  EXPECT_EQ(component.GetParameterCount(), 1u);
 }
 
 TEST(ZynDisplayCommand, answers_itself_and_0_by_default) {

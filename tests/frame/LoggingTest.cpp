@@ -2,65 +2,21 @@
 
 #include <gtest/gtest.h>
 #include <syslog.h>
-#include <log4cpp/Category.hh>
-#include <log4cpp/Priority.hh>
 
 #include <QDir>
-#include <QTemporaryDir>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "QTD/frame/ComponentImpl.h"
 #include "QTD/platform/Platform.h"
+#include "frame/LoggingFixture.h"
 
 namespace {
 
 constexpr const char* kSucceeded = "ZynLog4Cpp: PropertyConfigurator::configure succeeded!\n";
 constexpr const char* kFailed = "ZynLog4Cpp: PropertyConfigurator::configure failed, logging is disabled!\n";
 
-class LoggingTest : public testing::Test {
- protected:
-  LoggingTest() {
-    qputenv("ZYN_LOG_DIR", folder.path().toUtf8());
-    qputenv("ZYN_DEBUG_CHANNEL", "stderr");
-  }
-  ~LoggingTest() override {
-    QTD::ShutdownLogging();
-    QTD::LogCategory().setPriority(log4cpp::Priority::NOTSET);
-    qunsetenv("ZYN_LOG_DIR");
-    qunsetenv("ZYN_DEBUG_CHANNEL");
-  }
-
-  std::string Path(const char* name) const { return folder.filePath(QLatin1String(name)).toStdString(); }
-
-  // A trace file of lines "PRIORITY text", at `priority` and above.
-  std::string Settings(const std::string& priority) const {
-    return "log4cpp.rootCategory=ERROR\nlog4cpp.category.ZynDisplayQt=" + priority +
-           ", file\nlog4cpp.appender.file=FileAppender\nlog4cpp.appender.file.fileName=" + Path("trace") +
-           "\nlog4cpp.appender.file.layout=PatternLayout\n"
-           "log4cpp.appender.file.layout.ConversionPattern=%p %m%n\n";
-  }
-  void Configure(const std::string& settings) const {
-    std::ofstream(Path("zynlog4cpp.property")) << settings;
-  }
-
-  std::string Trace() const {
-    std::stringstream text;
-    text << std::ifstream(Path("trace")).rdbuf();
-    return text.str();
-  }
-
-  // What `InitLogging` says on the debug channel.
-  static std::string Init() {
-    testing::internal::CaptureStderr();
-    QTD::InitLogging();
-    return testing::internal::GetCapturedStderr();
-  }
-
-  QTemporaryDir folder;
-};
+using test::LoggingTest;
 
 TEST_F(LoggingTest, runs_silently_without_a_file) {
   const std::string said = Init();
@@ -142,6 +98,43 @@ TEST_F(LoggingTest, survives_wrong_files) {
     ZYN_TRACE(QTD::LogCategory(), "text");
     QTD::ShutdownLogging();
   }
+}
+
+// What such a file had set up before its error was met stays in the log library, but nothing is written
+// there.
+TEST_F(LoggingTest, is_off_after_a_file_that_was_wrong_half_way) {
+  const std::string appender = "log4cpp.appender.file=FileAppender\nlog4cpp.appender.file.fileName=" +
+                               Path("trace") + "\nlog4cpp.appender.file.layout=BasicLayout\n";
+  const std::string wrong[] = {
+      appender + "log4cpp.rootCategory=DEBUG, file\nlog4cpp.category.ZynDisplayQt=BOGUS\n",
+      appender + "log4cpp.rootCategory=DEBUG, file, absent\n",
+      "log4cpp.rootCategory=DEBUG, absent\n",
+  };
+  for (const std::string& settings : wrong) {
+    Configure(settings);
+    EXPECT_NE(Init().find(kFailed), std::string::npos) << settings;
+    EXPECT_EQ(log4cpp::Category::getRootPriority(), log4cpp::Priority::DEBUG) << "the host's own matter";
+    EXPECT_FALSE(QTD::TraceEnabled(QTD::LogCategory())) << settings;
+    int evaluated = 0;
+    ZYN_TRACE(QTD::LogCategory(), "%d", ++evaluated);
+    QTD::TraceInfo("DisplayQt: -> Enter");
+    EXPECT_EQ(evaluated, 0);
+    QTD::ShutdownLogging();
+    EXPECT_EQ(Trace(), "") << settings;
+    log4cpp::Category::setRootPriority(log4cpp::Priority::INFO);
+  }
+}
+
+TEST_F(LoggingTest, is_on_again_with_a_good_file) {
+  Init();
+  EXPECT_FALSE(QTD::TraceEnabled(QTD::LogCategory()));
+  Configure(Settings("DEBUG"));
+  Init();
+  EXPECT_TRUE(QTD::TraceEnabled(QTD::LogCategory()));
+  QTD::TraceInfo("DisplayQt: -> Enter");
+  QTD::ShutdownLogging();
+  QTD::TraceInfo("late");
+  EXPECT_EQ(Trace(), "INFO DisplayQt: -> Enter\nINFO DisplayQt: <- Exit\n");
 }
 
 TEST_F(LoggingTest, looks_in_the_current_folder_when_the_machines_folder_cannot_be_made) {

@@ -7,8 +7,10 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
 
-#include "frame/CommaLocale.h"
+#include "frame/OwnLocale.h"
 
 namespace {
 
@@ -169,6 +171,26 @@ TEST(Text, reads_back_a_pointer_that_it_wrote) {
   EXPECT_EQ(ParsePointer(ToText(static_cast<const void*>(&target))), &target);
   EXPECT_EQ(QTD::ParsePointerAs<int>(ToText(static_cast<const void*>(&target))), &target);
   EXPECT_EQ(ToText(static_cast<const void*>(nullptr)), "(nil)");
+}
+
+TEST(Text, takes_for_blanks_in_front_of_a_pointer_what_the_c_locale_does) {
+  const test::BarLocale locale;
+  ASSERT_TRUE(locale.IsSet());
+  EXPECT_EQ(ParsePointer("|0x10"), nullptr);
+  EXPECT_EQ(ParsePointer("\t 0x10"), reinterpret_cast<void*>(16));
+  EXPECT_TRUE(locale.IsSet()) << "the host's setting must stay";
+}
+
+// The address of a text is never its value.
+template <typename Value, typename = void>
+constexpr bool kIsWritten = false;
+template <typename Value>
+constexpr bool kIsWritten<Value, std::void_t<decltype(ToText(std::declval<Value>()))>> = true;
+
+TEST(Text, writes_no_text_as_an_address) {
+  static_assert(!kIsWritten<const char*> && !kIsWritten<char*> && !kIsWritten<const char(&)[4]>);
+  static_assert(kIsWritten<const void*> && kIsWritten<int*> && kIsWritten<bool>);
+  EXPECT_EQ(ToText(nullptr), "(nil)");
 }
 
 TEST(Text, reads_null_from_all_its_forms_and_from_an_unreadable_text) {

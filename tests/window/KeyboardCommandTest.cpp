@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <vector>
+
 namespace {
 
 class Keyboard : public QTD::KeyboardCommand {
@@ -28,6 +32,13 @@ class KeyboardCommandTest : public testing::Test {
 };
 
 }  // namespace
+
+TEST(KeyboardCommand, holds_its_fields_in_order) {
+  Keyboard keyboard;
+  const std::vector<const void*> places = {&keyboard.sequences, &keyboard.name, &keyboard.buffer,
+                                           &keyboard.maxLength};
+  EXPECT_TRUE(std::is_sorted(places.begin(), places.end(), std::less<>()));
+}
 
 TEST(KeyboardCommand, finds_nothing_until_it_knows_the_longest_sequence) {
   Keyboard keyboard;

@@ -12,6 +12,7 @@
 
 #include "Harness.h"
 #include "QTD/frame/Text.h"
+#include "support/WithoutOpenGL.h"
 
 namespace {
 
@@ -120,7 +121,8 @@ TEST(QTDViewer, without_a_parent_has_no_window_and_does_nothing) {
   Settle();
 }
 
-TEST(QTDViewer, with_opengl_ends_without_a_window) {
+TEST(QTDViewer, without_opengl_ends_without_a_window) {
+  if (test::HasOpenGL()) return test::RunWithoutOpenGL();
   QWidget host;
   OpenViewer viewer(&host, true);
   EXPECT_EQ(8u, viewer.LastError());

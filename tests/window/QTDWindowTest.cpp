@@ -77,10 +77,11 @@ TEST(QTDWindow, opens_again_with_the_same_handlers) {
   EXPECT_EQ(static_cast<QTDInput*>(window.Zoom()), window.handlers.front());
 }
 
-TEST(QTDWindow, does_not_open_with_opengl) {
+TEST(QTDWindow, does_not_open_where_no_context_can_be_made) {
   BareWindow window(nullptr, true);
   EXPECT_EQ(QSurface::OpenGLSurface, window.surfaceType());
   EXPECT_EQ("1", window.GetValue("opengl", ""));
+  window.setSurfaceType(QSurface::RasterSurface);
   EXPECT_FALSE(window.open());
   EXPECT_TRUE(window.failed);
   EXPECT_FALSE(window.isOpen());

@@ -1,6 +1,8 @@
 // The life of the rubber band: its begin and end, its ticks and keys.
 #include "QTD/window/QTDZoom.h"
 
+#include <functional>
+
 #include "ZoomHarness.h"
 
 namespace {
@@ -189,6 +191,68 @@ TEST_F(QTDZoomTest, several_rounds_in_a_row_do_no_harm) {
   zoom.trackTo(nullptr);
   HoldModifiers(Qt::ShiftModifier);
   EXPECT_TRUE(WaitFor([&] { return Shape() == Qt::IBeamCursor; }, 2000));
+}
+
+TEST_F(QTDZoomTest, the_keyboard_is_asked_once_in_a_tick) {
+  zoom.slotTimer();
+  const auto first = zoom.lastTick;
+  zoom.slotTimer();  // another connection's, in the same tick
+  EXPECT_EQ(first, zoom.lastTick);
+  for (int round = 0; round < 5; ++round) ASSERT_TRUE(Begin(100, 90));
+  EXPECT_TRUE(WaitFor([&] { return zoom.lastTick != first; }, 2000));
+  EXPECT_GE(zoom.lastTick - first, std::chrono::milliseconds(100));
+}
+
+TEST_F(QTDZoomTest, a_key_is_taken_into_account_at_once_between_two_ticks) {
+  ASSERT_TRUE(Begin(100, 90));
+  Cursor(150, 130);
+  zoom.trackTo(nullptr);
+  HoldModifiers(Qt::ShiftModifier);
+  zoom.lastTick = std::chrono::steady_clock::now();
+  EXPECT_TRUE(zoom.key(Qt::Key_Shift));
+  EXPECT_EQ(QTDZoom::kZoomOut, zoom.CurrentMode());
+}
+
+TEST_F(QTDZoomTest, each_round_begins_without_a_mode) {
+  ASSERT_TRUE(Begin(10, 10));
+  Cursor(60, 70);
+  zoom.trackTo(nullptr);
+  ASSERT_EQ(QTDZoom::kZoomIn, zoom.CurrentMode());
+  zoom.finish(nullptr);
+  EXPECT_EQ(QTDZoom::kZoomIn, zoom.CurrentMode()) << "whoever ended the band reads it";
+  ASSERT_TRUE(Begin(10, 10));
+  EXPECT_EQ(QTDZoom::kNoZoom, zoom.CurrentMode());
+  EXPECT_EQ(QTDZoom::kNoZoom, zoom.ShownMode());
+}
+
+// The window may live on: it keeps nothing of the band.
+TEST_F(QTDZoomTest, a_band_whose_parent_goes_can_still_be_ended) {
+  const std::function<void(CursorWindow&)> ends[] = {
+      [](CursorWindow& ended) { ended.Zoom()->finish(nullptr); },
+      [](CursorWindow& ended) {
+        QTD::RectI band{1, 2, 3, 4};
+        ended.Zoom()->finish(&band);
+        EXPECT_EQ(3, band.width);
+      },
+      [](CursorWindow& ended) { ended.mouseUp(5, 5, false, false); },
+      [](CursorWindow& ended) { ended.focusLost(); },
+  };
+  for (const auto& end : ends) {
+    SCOPED_TRACE(&end - ends);
+    auto widget = std::make_unique<QWidget>();
+    widget->setGeometry(0, 0, 100, 80);
+    CursorWindow other(widget.get(), false);
+    ASSERT_TRUE(other.open());
+    other.setGeometry(0, 0, 100, 80);
+    ASSERT_TRUE(other.Zoom()->begin(&other, nullptr, false));
+    other.Zoom()->trackTo(nullptr);
+    other.setCursor(Qt::CrossCursor);
+    ASSERT_TRUE(other.Objects().get(other.Zoom()->ObjectID(), nullptr));
+    widget.reset();
+    end(other);
+    EXPECT_FALSE(other.Objects().get(other.Zoom()->ObjectID(), nullptr));
+    EXPECT_EQ(Qt::ArrowCursor, other.cursor().shape());
+  }
 }
 
 TEST_F(QTDZoomTest, handles_keys_only_while_there_is_a_band) {

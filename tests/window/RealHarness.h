@@ -2,10 +2,12 @@
 // here.
 #pragma once
 
+#include <QGuiApplication>
 #include <QProcess>
 #include <cmath>
 
 #include "Harness.h"
+#include "QTD/window/QTDZoom.h"
 
 namespace windowtest {
 
@@ -40,6 +42,44 @@ class RealInputTest : public ViewerTest {
   }
 
   const Picture picture{800, 600, [](int x, int) { return x < 400 ? qRgb(250, 0, 0) : qRgb(0, 0, 240); }};
+};
+
+// The same with the keyboard in the window, and with the zoom rectangle.
+class RealZoomTest : public RealInputTest {
+ protected:
+  void SetUp() override {
+    RealInputTest::SetUp();
+    if (IsSkipped()) return;
+    // A click brings the keyboard here. It frees the fit, and soon after another one it centres.
+    Do(QStringLiteral("click 1"));
+    ASSERT_TRUE(WaitFor([&] { return QGuiApplication::focusWindow() == window; }));
+    window->Screen()->setFit(3, true);
+    window->Screen()->setCenter(0.5, 0.5);
+    ASSERT_TRUE(Reaches(-200, -150));
+  }
+  void TearDown() override {
+    if (!IsSkipped()) Do(QStringLiteral("keyup Shift_L keyup Control_L mouseup 3"));
+    RealInputTest::TearDown();
+  }
+
+  // Up to the release.
+  void Drag(int x, int y, int toX, int toY) {
+    Point(x, y);
+    Do(QStringLiteral("mousedown 3"));
+    Point(x + (toX > x ? 6 : -6), y);
+    ASSERT_TRUE(WaitFor([&] { return window->Zoom()->IsActive(); }));
+    Point(toX, toY);
+  }
+  void Release() {
+    Do(QStringLiteral("mouseup 3"));
+    ASSERT_TRUE(WaitFor([&] { return !window->Zoom()->IsActive(); }));
+  }
+  bool Scales(double scale) {
+    return WaitFor([&] { return std::abs(window->Screen()->Scale() - scale) < 1e-6; });
+  }
+  bool Shows(Qt::CursorShape shape) {
+    return WaitFor([&] { return window->cursor().shape() == shape; });
+  }
 };
 
 }  // namespace windowtest

@@ -4,7 +4,7 @@
 
 namespace {
 
-using windowtest::RealInputTest;
+using windowtest::RealZoomTest;
 using windowtest::Settle;
 using windowtest::WaitFor;
 
@@ -17,43 +17,6 @@ class MoveCounter : public QObject {
     return false;
   }
   int count = 0;
-};
-
-class RealZoomTest : public RealInputTest {
- protected:
-  void SetUp() override {
-    RealInputTest::SetUp();
-    if (IsSkipped()) return;
-    // A click brings the keyboard here. It frees the fit, and soon after another one it centres.
-    Do(QStringLiteral("click 1"));
-    ASSERT_TRUE(WaitFor([&] { return QGuiApplication::focusWindow() == window; }));
-    window->Screen()->setFit(3, true);
-    window->Screen()->setCenter(0.5, 0.5);
-    ASSERT_TRUE(Reaches(-200, -150));
-  }
-  void TearDown() override {
-    if (!IsSkipped()) Do(QStringLiteral("keyup Shift_L keyup Control_L mouseup 3"));
-    RealInputTest::TearDown();
-  }
-
-  // Up to the release.
-  void Drag(int x, int y, int toX, int toY) {
-    Point(x, y);
-    Do(QStringLiteral("mousedown 3"));
-    Point(x + (toX > x ? 6 : -6), y);
-    ASSERT_TRUE(WaitFor([&] { return window->Zoom()->IsActive(); }));
-    Point(toX, toY);
-  }
-  void Release() {
-    Do(QStringLiteral("mouseup 3"));
-    ASSERT_TRUE(WaitFor([&] { return !window->Zoom()->IsActive(); }));
-  }
-  bool Scales(double scale) {
-    return WaitFor([&] { return std::abs(window->Screen()->Scale() - scale) < 1e-6; });
-  }
-  bool Shows(Qt::CursorShape shape) {
-    return WaitFor([&] { return window->cursor().shape() == shape; });
-  }
 };
 
 }  // namespace
@@ -134,23 +97,19 @@ TEST_F(RealZoomTest, losing_the_focus_zooms) {
   EXPECT_FALSE(window->Zoom()->IsActive());
 }
 
-TEST_F(RealZoomTest, keys_work_on_the_view) {
-  Do(QStringLiteral("key plus"));
-  EXPECT_TRUE(Scales(0.8));
-  Do(QStringLiteral("key minus"));
-  EXPECT_TRUE(Scales(1));
-  Do(QStringLiteral("key Left"));
-  EXPECT_TRUE(Reaches(-160, -150));
-  Do(QStringLiteral("key Down"));
-  EXPECT_TRUE(Reaches(-160, -180));
-  Do(QStringLiteral("key c"));
-  EXPECT_TRUE(Reaches(-200, -150));
-  Do(QStringLiteral("key 0"));
-  EXPECT_TRUE(Scales(2));
-  EXPECT_TRUE(WaitFor([&] { return Grab().pixel(2, 2) == qRgb(250, 0, 0); }));
-  EXPECT_EQ(qRgb(0, 0, 240), Grab().pixel(398, 298));
-  Do(QStringLiteral("key 1"));
-  EXPECT_TRUE(Scales(1));
+TEST_F(RealZoomTest, losing_the_focus_with_shift_held_does_what_the_cursor_shows) {
+  QWidget other;
+  other.setGeometry(700, 500, 200, 100);
+  other.show();
+  ASSERT_TRUE(WaitFor([&] { return other.isVisible(); }));
+  Settle();
+  Drag(100, 100, 200, 180);
+  ASSERT_TRUE(Shows(Qt::CrossCursor));
+  Do(QStringLiteral("keydown Shift_L"));
+  ASSERT_TRUE(Shows(Qt::IBeamCursor)) << "though the mouse stands still";
+  Do(QStringLiteral("windowfocus %1").arg(other.winId()));
+  EXPECT_TRUE(Scales(4));
+  EXPECT_TRUE(Reaches(100, 75));
 }
 
 TEST_F(RealZoomTest, keys_do_nothing_during_a_drag) {
@@ -160,12 +119,4 @@ TEST_F(RealZoomTest, keys_do_nothing_during_a_drag) {
   EXPECT_TRUE(Reaches(-200, -150));
   Release();
   EXPECT_TRUE(Scales(1));
-}
-
-TEST_F(RealZoomTest, two_letters_make_a_command) {
-  ConnectHost();
-  Do(QStringLiteral("key s key d"));
-  EXPECT_TRUE(WaitFor([&] { return host.CountOf("cmd.display.view.status") == 1; }));
-  Do(QStringLiteral("key s key i"));
-  EXPECT_TRUE(WaitFor([&] { return host.CountOf("cmd.display.view.info") == 1; }));
 }

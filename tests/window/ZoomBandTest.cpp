@@ -79,6 +79,15 @@ TEST_F(QTDZoomTest, around_its_centre_it_keeps_the_windows_aspect_ratio) {
   EXPECT_EQ(QTDZoom::kZoomOut, zoom.CurrentMode());
 }
 
+// 45 x 210 / 300 = 31.5, which the quotient 0.7 would miss.
+TEST_F(QTDZoomTest, around_its_centre_halves_are_rounded_up) {
+  parent.setGeometry(0, 0, 300, 210);
+  ASSERT_EQ(QRect(0, 0, 300, 210), window.geometry(false));
+  ASSERT_TRUE(Begin(150, 105, true));
+  Cursor(195, 105);
+  EXPECT_EQ(OnScreen(105, 73, 90, 64), Tracked());
+}
+
 // The inner rectangle is the child at the parent's centre, less its own place.
 TEST_F(QTDZoomTest, around_its_centre_the_inner_rectangle_counts) {
   parent.setGeometry(0, 0, 400, 300);

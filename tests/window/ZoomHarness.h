@@ -1,7 +1,9 @@
 // A window whose cursor and modifier keys the test sets, for the rubber band.
 #pragma once
 
+#include <QFocusEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QProcess>
 #include <cmath>
 
@@ -38,6 +40,7 @@ inline void HoldModifiers(Qt::KeyboardModifiers modifiers) {
 class CursorWindow : public QTDWindow {
  public:
   using QTDWindow::event;
+  using QTDWindow::grabbed;
   using QTDWindow::kIdle;
   using QTDWindow::kZoomRectangle;
   using QTDWindow::mouseMode;
@@ -126,11 +129,31 @@ class ZoomTest : public testing::Test {
   QTD::Messenger messenger;
 };
 
+// The selection zoom as the window drives it.
+class ZoomRectangleTest : public ZoomTest {
+ protected:
+  int FitMode() { return window.Screen()->properties.GetInt("fit"); }
+  void LoseFocus() {
+    QFocusEvent event(QEvent::FocusOut);
+    window.event(&event);
+  }
+  void Key(int code) {
+    QKeyEvent event(QEvent::KeyPress, code, Qt::NoModifier);
+    window.event(&event);
+  }
+  void Flags(const char* flags) {
+    QTD::PROPERTIES list;
+    list.Set("flags", flags);
+    window.Execute("cmd.notification.flags.set", &list);
+  }
+};
+
 // With its protected side open.
 class OpenZoom : public QTDZoom {
  public:
   using QTDZoom::fromCenter;
   using QTDZoom::lastMode;
+  using QTDZoom::lastTick;
   using QTDZoom::mode;
   using QTDZoom::name;
   using QTDZoom::objectID;
