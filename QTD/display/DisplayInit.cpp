@@ -252,8 +252,10 @@ void QTDDisplay::Uninitialize() {
   std::unique_ptr<QTDProcessor> leaving;
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
   // A stage that asks for it stands in the chain that would go. Host code that asks for it while the viewer
-  // is made would take the timer from a display that is ready a moment later.
-  if (walking == 0 && !initialising) leaving = FreeAll();
+  // is made would take the timer from a display that is ready a moment later; another thread has waited for
+  // the locks until that is over.
+  const bool nested = initialising && QTD::platform::OnGuiThread();
+  if (walking == 0 && !nested) leaving = FreeAll();
 }
 
 // What `Uninitialize` frees; the three locks are held. The chain itself is handed out: its end runs code of

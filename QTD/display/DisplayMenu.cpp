@@ -1,5 +1,6 @@
 // The commands that begin with "cmd.system.menu", and what the entries of the context menu do.
 #include <QMenu>
+#include <QPointer>
 #include <atomic>
 #include <chrono>
 #include <exception>
@@ -7,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "QTD/display/ContextMenu.h"
 #include "QTD/display/GuiThread.h"
@@ -117,9 +119,10 @@ struct QTDDisplay::MenuCommands {
     const void* address = QTD::ArgumentView(args).GetPointer("qmenu");
     if (!address) return;
     const auto closed = std::make_shared<std::atomic<bool>>(false);
-    const auto show = [address, closed, key = display.Key()] {
+    const auto show = [address, closed, &display, key = display.Key()] {
       QTD::LiveCall call(QTD::LiveObjects::Controllers(), key);
-      QMenu* menu = call ? QTD::LivingMenu(address) : nullptr;
+      // One that opens now would not be closed any more, and hold up the display's end.
+      QMenu* menu = call && !display.closing ? QTD::LivingMenu(address) : nullptr;
       if (menu) QTD::ShowMenu(*menu, [closed] { *closed = true; });
     };
     RunMenuJob(show, display.closing, [&display, &closed] { return display.closing || *closed; });
@@ -157,8 +160,11 @@ uint32_t QTDDisplay::RunCommandSystemMenu(const char* name, QTD::ARGUMENTS* args
 // GUI thread. The display is about to go, and waits for its menus.
 void QTDDisplay::CloseMenus() {
   if (!viewer) return;
-  for (QMenu* menu : viewer->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly)) {
-    if (menu->isVisible()) menu->close();
+  std::vector<QPointer<QMenu>> menus;  // what closes one may delete others
+  for (QMenu* menu : viewer->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
+    menus.emplace_back(menu);
+  for (const QPointer<QMenu>& menu : menus) {
+    if (menu && menu->isVisible()) menu->close();
   }
 }
 

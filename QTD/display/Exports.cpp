@@ -31,10 +31,15 @@ void DeleteImplementation(ZynDisplay* display, bool checkClass) {
     implementation = static_cast<ZynDisplayImpl*>(display);
     implementation->Controller()->BeginClosing();
   }
-  QTD::LiveObjects::Displays().Retire(display, [implementation] {
-    implementation->Shutdown();
-    delete implementation;
-  });
+  // Slots, stages and menu entries are inside the controller alone.
+  const void* const controller = static_cast<const ZynDisplayProcessor*>(implementation->Controller());
+  QTD::LiveObjects::Displays().Retire(
+      display,
+      [implementation] {
+        implementation->Shutdown();
+        delete implementation;
+      },
+      [controller] { return QTD::LiveObjects::Controllers().IsInside(controller); });
 }
 
 void DeleteController(ZynDisplayProcessor* display) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "QTD/display/GuiThread.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/frame/Messenger.h"
 #include "QTD/platform/GuiThread.h"
 #include "QTD/platform/Platform.h"
@@ -72,7 +73,7 @@ bool LiveObjects::IsInside(const void* object) {
   return found != objects.end() && FindThread(found->second.byThread) != found->second.byThread.end();
 }
 
-bool LiveObjects::Retire(const void* object, std::function<void()> destroy) {
+bool LiveObjects::Retire(const void* object, std::function<void()> destroy, std::function<bool()> isUsed) {
   {
     std::lock_guard<std::mutex> guard(lock);
     const auto found = objects.find(object);
@@ -80,18 +81,23 @@ bool LiveObjects::Retire(const void* object, std::function<void()> destroy) {
     found->second.closing = true;
   }
   if (!QCoreApplication::instance() || platform::OnGuiThread()) {
-    FinishRetirement(object, destroy);
+    FinishRetirement(object, destroy, isUsed);
   } else {
-    platform::QueueOnGuiThread([this, object, destroy] { FinishRetirement(object, destroy); });
+    platform::QueueOnGuiThread(
+        [this, object, destroy, isUsed] { FinishRetirement(object, destroy, isUsed); });
   }
   return true;
 }
 
-void LiveObjects::FinishRetirement(const void* object, const std::function<void()>& destroy) {
-  // Further up the stack this thread is still using the object: come back when it has returned.
-  if ((IsInside(object) || Messenger::IsDelivering()) && QCoreApplication::instance()) {
+void LiveObjects::FinishRetirement(const void* object, const std::function<void()>& destroy,
+                                   const std::function<bool()>& isUsed) {
+  // Further up the stack this thread is still using the object, or holds locks for which others may wait:
+  // come back when it has returned.
+  const bool busy =
+      IsInside(object) || Messenger::IsDelivering() || HostCodeUnderLocks::IsActive() || (isUsed && isUsed());
+  if (busy && QCoreApplication::instance()) {
     QTimer::singleShot(kRetryMilliseconds, QCoreApplication::instance(),
-                       [this, object, destroy] { FinishRetirement(object, destroy); });
+                       [this, object, destroy, isUsed] { FinishRetirement(object, destroy, isUsed); });
     return;
   }
   Remove(object);

@@ -23,11 +23,13 @@ class LiveObjects {
   void Add(const void* object);
   bool Enter(const void* object);  // false: not alive
   void Leave(const void* object);
+  bool IsInside(const void* object);  // this thread
 
   // Ends the life of `object`: no call enters any more; when none is under way, `destroy` runs on the GUI
-  // thread. That is at once when this is the GUI thread and it is not itself inside a call or a notification,
-  // else a moment later from the event loop. False when the object is not alive.
-  bool Retire(const void* object, std::function<void()> destroy);
+  // thread. That is at once when this is the GUI thread and it is not itself inside a call, a notification or
+  // host code that runs under locks, nor is the object used as `isUsed` knows; else a moment later from the
+  // event loop. False when the object is not alive.
+  bool Retire(const void* object, std::function<void()> destroy, std::function<bool()> isUsed = {});
 
   // For objects that are deleted directly: refuses further calls and waits for those of other threads. On the
   // GUI thread events are handled meanwhile.
@@ -39,8 +41,8 @@ class LiveObjects {
     bool closing = false;
   };
 
-  bool IsInside(const void* object);  // this thread
-  void FinishRetirement(const void* object, const std::function<void()>& destroy);
+  void FinishRetirement(const void* object, const std::function<void()>& destroy,
+                        const std::function<bool()>& isUsed);
 
   std::mutex lock;  // guards `objects`
   std::condition_variable left;

@@ -129,6 +129,8 @@ QTDScreen* QTDDisplay::Screen() const {
 // `Initialize`. A stage of the host's may have done it: then the chain, in which that stage stands, forgets
 // the viewer at once and goes when it has run.
 void QTDDisplay::slotViewerClosing() {
+  // The end of a host's stage may delete the display. Refused on the way out of it, which needs the rest too.
+  const QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   std::unique_ptr<QTDProcessor> leaving;
   {
     std::scoped_lock guard(viewLock, convertLock, handlerLock);

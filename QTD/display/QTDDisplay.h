@@ -222,10 +222,10 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   // Since when a check or a rebuild waits in the event queue, milliseconds; 0: none.
   std::atomic<int64_t> checkQueued{0};
   std::atomic<int64_t> rebuildQueued{0};
-  bool checking = false;                // GUI thread: a check is on the stack
-  bool checkAgain = false;              // GUI thread: another one was asked for meanwhile
-  int walking = 0;                      // GUI thread: runs of the chain on the stack
-  bool viewerLost = false;              // GUI thread: the viewer went while the chain ran
+  bool checking = false;                  // GUI thread: a check is on the stack
+  bool checkAgain = false;                // GUI thread: another one was asked for meanwhile
+  int walking = 0;                        // GUI thread: runs of the chain on the stack
+  bool viewerLost = false;                // GUI thread: the viewer went while the chain ran
   std::atomic<bool> initialising{false};  // an initialisation is on the GUI thread's stack
   std::atomic<uint32_t> builds{0};        // counts builds of the chain; changes with `processor`
   std::atomic<int> preparing{0};          // threads that wait for `handlerLock` to prepare a converter

@@ -131,15 +131,16 @@ bool QTDWindow::trackRectangle(QPoint position) {
   return true;
 }
 
-// Zooms on the band as it is now; one that is too small changes nothing in the view. `asShown` keeps to what
-// the cursor shows, which knows of a Shift key that no event of the mouse has told of.
+// Zooms on the band as it is now; one that is too small changes nothing in the view. `asShown` keeps a band
+// between two corners to what the cursor shows, which knows of a Shift key that no event of the mouse has
+// told of.
 void QTDWindow::endRectangle(bool asShown) {
   if (screen) screen->setFit(0, false);
   const uint32_t shown = zoom->ShownMode();
   QTD::RectI band;
   zoom->finish(&band);
   uint32_t asked = zoom->CurrentMode();
-  if (asShown && asked != QTDZoom::kNoZoom) asked = shown;
+  if (asShown && !zoom->IsCentred() && asked != QTDZoom::kNoZoom && shown != QTDZoom::kNoZoom) asked = shown;
   if (!screen || asked == QTDZoom::kNoZoom) return;
   QPoint corner(band.x, band.y);
   mapFromGlobal(corner);

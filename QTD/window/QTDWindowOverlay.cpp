@@ -58,7 +58,7 @@ class Moving {
  public:
   explicit Moving(QTD::ViewTracker& viewTracker) : tracker(viewTracker) { tracker.BeginPass(); }
   ~Moving() {
-    if (!ended) tracker.EndStore();
+    if (!ended) tracker.Abandon();
   }
   Moving(const Moving&) = delete;
   Moving& operator=(const Moving&) = delete;

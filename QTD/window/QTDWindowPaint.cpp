@@ -19,7 +19,7 @@ long long Timestamp() {
 class PaintPass {
  public:
   PaintPass(QTDScreen& target, QTD::PROPERTIES& properties) : screen(target), list(properties) {
-    screen.begin(&list);
+    screen.begin(&list);  // what fails is told by what is drawn
   }
   ~PaintPass() { screen.end(&list, true); }
   PaintPass(const PaintPass&) = delete;

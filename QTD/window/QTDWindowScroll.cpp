@@ -38,23 +38,27 @@ void QTDWindow::syncScrollBars(int which) {
   const QTD::PairI position = screen->ScrollPos();
   const QTD::PairI range = screen->ScrollRange();
   const QTD::PairI page = screen->scrollPage();
+  const QPointer<QTDWindow> self(this);
   if (which & kHorizontal) syncBar(horzBar, position.first, range.first, page.first);
-  if (which & kVertical) syncBar(vertBar, position.second, range.second, page.second);
+  if (self && which & kVertical) syncBar(vertBar, position.second, range.second, page.second);
 }
 
-// The bar's own signals are for the user's movements: they are blocked while it is set from here.
+// The bar's own signals are for the user's movements: they are blocked while it is set from here. That it is
+// enabled or disabled comes last, since event filters of the host hear of it, and may delete bar and window.
 void QTDWindow::syncBar(QScrollBar* bar, int position, int range, int page) {
   if (!bar) return;
-  const QSignalBlocker quiet(bar);
-  if (range < 1 || !hasImage()) {
-    bar->setMaximum(0);
-    bar->setEnabled(false);
-  } else {
-    bar->setPageStep(page);
-    bar->setMinimum(0);
-    bar->setMaximum(range);
-    bar->setEnabled(true);
-    bar->setValue(std::clamp(position, 0, range));
+  const bool used = range >= 1 && hasImage();
+  {
+    const QSignalBlocker quiet(bar);
+    if (used) {
+      bar->setPageStep(page);
+      bar->setMinimum(0);
+      bar->setMaximum(range);
+      bar->setValue(std::clamp(position, 0, range));
+    } else {
+      bar->setMaximum(0);
+    }
   }
   bar->update();
+  bar->setEnabled(used);
 }

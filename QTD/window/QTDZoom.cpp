@@ -5,6 +5,7 @@
 #include <QWidget>
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <limits>
 
 #include "QTD/frame/Text.h"
@@ -143,8 +144,12 @@ void QTDZoom::finish(RectI* result) {
   if (!begun) return;
   begun = false;
   if (result && IsActive()) {
-    trackTo(result);
-    drawBand(&rect);
+    try {
+      trackTo(result);
+      drawBand(&rect);
+    } catch (const std::exception&) {  // an attribute of the band that cannot be read
+      mode = kNoZoom;
+    }
   }
   active = nullptr;
   if (!window) return;

@@ -47,6 +47,7 @@ class QTDZoom : public QObject, public QTDInput {
   bool key(int code) override;
 
   bool IsActive() const { return !active.isNull() && !window.isNull(); }
+  bool IsCentred() const { return fromCenter; }
   uint32_t CurrentMode() const { return mode; }
   uint32_t ShownMode() const { return lastMode; }  // by the cursor, from the band's begin on
   const std::string& ObjectID() const { return objectID; }

@@ -41,6 +41,12 @@ void ViewTracker::EndPass(const ViewState& seen) {
   last = seen;
 }
 
+void ViewTracker::Abandon() {
+  std::lock_guard<std::mutex> hold(lock);
+  if (LeaveLast()) overlapped = false;
+  valid = false;
+}
+
 void ViewTracker::EndStore() {
   std::lock_guard<std::mutex> hold(lock);
   if (LeaveLast()) overlapped = false;

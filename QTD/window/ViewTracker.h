@@ -23,6 +23,7 @@ class ViewTracker {
   bool IsCurrent(const ViewState& now);
   void BeginPass();
   void EndPass(const ViewState& seen);  // `seen`: the view as it was when the pass began
+  void Abandon();                       // a pass that could not be ended
   // Around the storing of one object, whose place is worked out from the view as well.
   void BeginStore() { BeginPass(); }
   void EndStore();

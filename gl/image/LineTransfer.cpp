@@ -3,6 +3,8 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <limits>
+
 #include "gl/surface/QGLSurface.h"
 
 namespace {
@@ -25,7 +27,7 @@ Stepping SteppingOf(const GLPixels& pixels, int width, uint64_t pitch) {
     stepping.alignment = static_cast<GLint>(alignment);
     return stepping;
   }
-  if (pitch % pixel == 0) {
+  if (pitch % pixel == 0 && pitch <= static_cast<uint64_t>(std::numeric_limits<GLint>::max())) {
     stepping.rowLength = static_cast<GLint>(pitch / pixel);
   } else {
     stepping.oneByOne = true;
@@ -43,6 +45,8 @@ bool LinesLieWithin(const ZynImage& image, uint64_t lineBytes, uint32_t height) 
 
 void UploadLines(QGLSurface& surface, const GLPixels& pixels, int width, int height, const uint8_t* data,
                  uint32_t pitch) {
+  // One line has no other to step to.
+  if (height == 1) pitch = static_cast<uint32_t>(pixels.LineBytes(static_cast<uint32_t>(width)));
   const Stepping stepping = SteppingOf(pixels, width, pitch);
   surface.glPixelStorei(GL_UNPACK_ALIGNMENT, stepping.alignment);
   surface.glPixelStorei(GL_UNPACK_ROW_LENGTH, stepping.rowLength);

@@ -95,7 +95,8 @@ bool QGLImage::findSurface() {
 
 // The context goes with the surface; neither another one at its address nor its next context has these names.
 bool QGLImage::isCurrent() {
-  return context && QOpenGLContext::currentContext() == context;
+  return context && QOpenGLContext::currentContext() == context && LivingSurface(surface) &&
+         surface->isActive();
 }
 
 bool QGLImage::makeRecord(const ZynImage* image) {
@@ -229,21 +230,21 @@ uint32_t QGLImage::useProgram(bool withParameters, QTD::PROPERTIES* list) {
   if (!isCurrent() || name == 0) return 0;
   QTD::PROPERTIES& used = list ? *list : parameters;
   double coefficient = 1.0;
-  bool mono = false;
-  bool flip = false;
+  int mono = 0;  // 1 alone counts, and for `flip` too
+  int flip = 0;
   if (withParameters) {
     coefficient = used.GetDouble("image.color.coef");
-    mono = used.GetBool("image.color.mono");
-    flip = used.GetBool("image.flip.vert");
+    mono = used.GetInt("image.color.mono");
+    flip = used.GetInt("image.flip.vert");
     if (QTD::IsNearZero(coefficient)) coefficient = DefaultColorCoef(format);
   }
   const auto location = [this](const char* uniform) { return uniforms.GetInt(uniform, "-1"); };
   surface->glUseProgram(name);
   surface->glUniform1i(location("source"), 0);
-  surface->glUniform1i(location("flipVert"), flip ? 1 : 0);
+  surface->glUniform1i(location("flipVert"), flip);
   surface->glUniform1f(location("colorCoef"), static_cast<float>(coefficient));
   surface->glUniform1f(location("colorHigh"), 1.0f);
-  surface->glUniform1i(location("colorMono"), mono ? 1 : 0);
+  surface->glUniform1i(location("colorMono"), mono);
   return name;
 }
 

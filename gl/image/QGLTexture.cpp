@@ -99,7 +99,8 @@ bool QGLTexture::findSurface() {
 
 // The context goes with the surface; neither another one at its address nor its next context has the name.
 bool QGLTexture::isCurrent() {
-  return context && QOpenGLContext::currentContext() == context;
+  return context && QOpenGLContext::currentContext() == context && LivingSurface(surface) &&
+         surface->isActive();
 }
 
 bool QGLTexture::isLive() {

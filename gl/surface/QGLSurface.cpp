@@ -48,7 +48,10 @@ std::string LimitText(int limit) {
 
 // Fixed pipeline, shaders and framebuffers side by side: all drawing rests on that.
 bool IsCompatible(QOpenGLContext& context) {
-  if (context.isOpenGLES() || context.format().profile() == QSurfaceFormat::CoreProfile) return false;
+  const QSurfaceFormat format = context.format();
+  if (context.isOpenGLES() || format.profile() == QSurfaceFormat::CoreProfile) return false;
+  // From 3.0 on there are contexts without the fixed pipeline that have no profile either.
+  if (format.majorVersion() >= 3 && !format.testOption(QSurfaceFormat::DeprecatedFunctions)) return false;
   const QOpenGLFunctions functions(&context);
   return functions.hasOpenGLFeature(QOpenGLFunctions::Shaders) &&
          functions.hasOpenGLFeature(QOpenGLFunctions::Framebuffers);
@@ -169,7 +172,7 @@ bool QGLSurface::done() {
 
 bool QGLSurface::begin(QTD::PROPERTIES*) {
   const QTD::RMutexLock guard(lock);
-  if (!window) return false;
+  if (!window || !window->handle()) return false;
   if (context && !(isCurrent && isActive())) {
     if (!onContextThread()) return false;  // Qt ends the process
     const auto start = std::chrono::steady_clock::now();
@@ -186,13 +189,14 @@ bool QGLSurface::begin(QTD::PROPERTIES*) {
 
 void QGLSurface::end(QTD::PROPERTIES*, bool) {
   const QTD::RMutexLock guard(lock);
+  if (context && !onContextThread()) return;  // the pass is another thread's
   checkError("QGLSurface::end()", 1, 0);
   if (depth > 1) {
     --depth;
     return;
   }
   depth = 0;
-  if (context && isCurrent) context->doneCurrent();
+  if (isCurrent && isActive()) context->doneCurrent();
   isCurrent = false;
 }
 

@@ -5,6 +5,8 @@
 #include <memory>
 #include <thread>
 
+#include "QTD/display/LiveObjects.h"
+#include "QTD/display/ZynDisplayImpl.h"
 #include "QTD/frame/Receivers.h"
 #include "tests/display/HostCodeStage.h"
 #include "tests/display/PictureFixture.h"
@@ -166,6 +168,57 @@ TEST_F(HostCode, in_a_stage_that_goes_holds_up_nobody) {
     EXPECT_EQ(views, 1);
     EXPECT_EQ(chains, 1);
   }
+}
+
+// What the host deletes goes when the code that it is deleted from has returned.
+TEST_F(HostCode, in_a_stage_may_delete_the_display_that_runs_it) {
+  const Watchdog watchdog("a display that is deleted in a stage");
+  ZynDisplay* const host = ZynDisplay_CreateComponent();
+  ASSERT_EQ(ZynDisplay_Initialize(host, &parent, nullptr, &image.record), 0u);
+  bool asked = false, gone = false, goneInside = false;
+  class Last : public HostCodeStage {
+   public:
+    Last(std::function<uint32_t()> hostCode, bool* destroyed)
+        : HostCodeStage(std::move(hostCode)), flag(destroyed) {}
+    ~Last() override { *flag = true; }
+
+   private:
+    bool* flag;
+  };
+  auto* const stage = new Last(
+      [&] {
+        ZynDisplay_DeleteComponent(host);
+        asked = true;
+        QCoreApplication::processEvents();  // a retirement that is queued meanwhile waits as well
+        goneInside = gone;
+        return 0u;
+      },
+      &gone);
+  ASSERT_EQ(static_cast<ZynDisplayImpl*>(host)->Controller()->GetProcessor()->AddProcessor("host", stage),
+            0u);
+  ASSERT_EQ(ZynDisplay_DisplayVideo(host, &image.record), 0u);
+  EXPECT_TRUE(WaitFor([&] { return gone; }));
+  EXPECT_TRUE(asked);
+  EXPECT_FALSE(goneInside);
+  EXPECT_EQ(ZynDisplay_GetComponent(host), nullptr);
+}
+
+TEST_F(HostCode, in_a_stage_that_goes_with_the_hosts_widget_may_delete_the_display) {
+  const Watchdog watchdog("a display that is deleted while its widget goes");
+  auto owner = std::make_unique<QWidget>();
+  owner->show();
+  ZynDisplayProcessor* const host = ZynDisplayCPU::CreateComponent(owner.get());
+  ASSERT_EQ(host->Initialize(&image.record), 0u);
+  bool ended = false;
+  auto* const stage = new PartingStage([&] {
+    ZynDisplayCPU::DeleteComponent(host);
+    ended = true;
+  });
+  ASSERT_EQ(host->GetProcessor()->AddProcessor("host", stage), 0u);
+  owner.reset();
+  EXPECT_TRUE(ended);
+  EXPECT_TRUE(WaitFor([&] { return QTD::LiveCall(QTD::LiveObjects::Controllers(), host) ? false : true; }));
+  Settle(20);
 }
 
 TEST_F(HostCode, in_a_stage_that_goes_with_the_hosts_widget_holds_up_nobody) {

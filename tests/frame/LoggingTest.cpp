@@ -103,8 +103,9 @@ TEST_F(LoggingTest, survives_wrong_files) {
 // What such a file had set up before its error was met stays in the log library, but nothing is written
 // there.
 TEST_F(LoggingTest, is_off_after_a_file_that_was_wrong_half_way) {
-  const std::string appender = "log4cpp.appender.file=FileAppender\nlog4cpp.appender.file.fileName=" +
-                               Path("trace") + "\nlog4cpp.appender.file.layout=BasicLayout\n";
+  const std::string appender =
+      "log4cpp.appender.file=FileAppender\nlog4cpp.appender.file.fileName=" + Path("trace") +
+      "\nlog4cpp.appender.file.layout=BasicLayout\n";
   const std::string wrong[] = {
       appender + "log4cpp.rootCategory=DEBUG, file\nlog4cpp.category.ZynDisplayQt=BOGUS\n",
       appender + "log4cpp.rootCategory=DEBUG, file, absent\n",

@@ -204,12 +204,23 @@ TEST_F(QGLSurfaceTest, is_refused_on_a_foreign_thread) {
 
 TEST_F(QGLSurfaceTest, begin_gives_up_after_three_seconds) {
   surface->end(nullptr, false);
-  window->destroy();  // its native side
+  window->setSurfaceType(QSurface::RasterSurface);  // no context takes it
   QElapsedTimer timer;
   timer.start();
   EXPECT_FALSE(surface->begin(nullptr));
   EXPECT_GE(timer.elapsed(), 3000);
   EXPECT_LT(timer.elapsed(), 8000);
+  window->setSurfaceType(QSurface::OpenGLSurface);
+  EXPECT_TRUE(surface->begin(nullptr));
+}
+
+TEST_F(QGLSurfaceTest, begin_fails_at_once_without_a_native_window) {
+  surface->end(nullptr, false);
+  window->destroy();
+  QElapsedTimer timer;
+  timer.start();
+  EXPECT_FALSE(surface->begin(nullptr));
+  EXPECT_LT(timer.elapsed(), 2000);
 }
 
 TEST_F(QGLSurfaceTest, outlives_its_window) {

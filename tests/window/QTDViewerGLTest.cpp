@@ -176,5 +176,6 @@ TEST_F(QTDViewerGL, opens_with_a_surface_and_a_screen_of_the_card_on_the_screen)
   ASSERT_NE(surface, nullptr);
   EXPECT_EQ(surface->properties.GetString("state"), "ready");
   EXPECT_NE(dynamic_cast<QGLScreen*>(viewer->Window()->Screen()), nullptr);
-  EXPECT_EQ(viewer->Parameters().GetPointer("surface"), static_cast<void*>(static_cast<QTDSurface*>(surface)));
+  EXPECT_EQ(viewer->Parameters().GetPointer("surface"),
+            static_cast<void*>(static_cast<QTDSurface*>(surface)));
 }
