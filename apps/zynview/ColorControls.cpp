@@ -29,24 +29,30 @@ std::string Argument(double value) {
   return QString::number(value, 'g', 17).toStdString();
 }
 
-// The stage raises sample values as they are, from 0 to the largest one, to the power of gamma. Here gamma is
-// meant for values of 0 to 1, so that white stays white: top * (x / top)^g = (x * top^((1 - g) / g))^g.
-double GammaScale(double gamma, uint32_t bitDepth) {
-  const double top = (1u << bitDepth) - 1;
+// The stage raises values as they are, from 0 to `top`, to the power of gamma. Here gamma is meant for values
+// of 0 to 1, so that white stays white: top * (x / top)^g = (x * top^((1 - g) / g))^g.
+double GammaScale(double gamma, double top) {
   return std::pow(top, (1 - gamma) / gamma);
 }
 
-QTD::ARGUMENTS CorrectionArguments(const ColorSettings& wanted, const ZynImage& format) {
-  const double scale = GammaScale(wanted.gamma, format.bitDepth);
+// On the processor values are samples, and an offset is a fraction of the largest one. On the card they are
+// texels of 0 to 1, in which the samples of 10 to 16 bits lie at the bottom of words, and an offset is added
+// as it is.
+QTD::ARGUMENTS CorrectionArguments(const ColorSettings& wanted, const ZynImage& format, bool onCard) {
+  const double top = (1u << format.bitDepth) - 1;
+  const double highest = !onCard ? top : top / (format.bitDepth == 8 ? 255 : 65535);
+  const double scale = GammaScale(wanted.gamma, highest);
+  const double offsetScale = onCard ? highest * scale : scale;
   const PixelRow* row = FindPixel(format.pixelType);
-  // The stage counts channels as they are stored: its "r" is the first one, which is blue in a BGR format.
-  const bool turned = row && row->samples[0] == 'B' && !row->IsMosaic();
+  // The processor counts channels as they are stored: its "r" is the first one, which is blue in a BGR
+  // format.
+  const bool turned = !onCard && row && row->samples[0] == 'B' && !row->IsMosaic();
   QTD::ARGUMENTS arguments;
   constexpr const char* kChannels[] = {"r", "g", "b"};
   for (std::size_t i = 0; i < 3; ++i) {
     const std::string channel = kChannels[turned ? 2 - i : i];
     arguments["gain." + channel] = Argument(wanted.gain[i] * scale);
-    arguments["offs." + channel] = Argument(wanted.offset[i] * scale);
+    arguments["offs." + channel] = Argument(wanted.offset[i] * offsetScale);
   }
   arguments["gamma"] = Argument(wanted.gamma);
   return arguments;
@@ -57,6 +63,11 @@ QTD::ARGUMENTS CorrectionArguments(const ColorSettings& wanted, const ZynImage& 
 ZynImgProcessor* ColorControls::Stage(const char* name) const {
   ZynImgProcessingChain* chain = display->GetProcessor();
   return chain ? chain->FindProcessor(name) : nullptr;
+}
+
+bool ColorControls::IsOnCard() const {
+  int64_t opengl = 0;
+  return display->GetComponent()->GetParameterInt("system.opengl", &opengl) == 0 && opengl != 0;
 }
 
 void ColorControls::ShowAgain() const {
@@ -125,15 +136,16 @@ QString ColorControls::SetCorrection(const ColorSettings& wanted) {
   if (!format) return QStringLiteral("this display corrects no colours");
   if (!PicturesAreRead()) return QString::fromLatin1(kUnread);
   // The library would answer every image with a failure.
-  if (format->bitDepth <= 8) {
+  const bool onCard = IsOnCard();
+  if (!onCard && format->bitDepth <= 8) {
     return QStringLiteral("gain, offset and gamma need more than 8 bits in a sample, and here they have 8");
   }
-  QTD::ARGUMENTS arguments = CorrectionArguments(wanted, *format);
+  QTD::ARGUMENTS arguments = CorrectionArguments(wanted, *format, onCard);
   if (static_cast<ZynDisplayQT::ColorCorrection*>(stage)->RunCommand("cmd.params.apply", &arguments) == 0)
     return QStringLiteral("the colour correction is refused");
   // The correction works in place: with a copy before it, the image that came in stays as it is and can be
   // shown again with other settings.
-  if (wanted.Corrects() != settings.Corrects()) {
+  if (!onCard && wanted.Corrects() != settings.Corrects()) {
     if (ZynImgProcessor* copy = Stage("image.unpacked")) copy->Enable(wanted.Corrects());
   }
   settings.gain = wanted.gain;

@@ -36,6 +36,7 @@ class ColorControls {
   QString SetCorrection(const ColorSettings& wanted);
   QString SetMarking(bool on);
 
+  bool IsOnCard() const;
   ZynImgProcessor* Stage(const char* name) const;
   void ShowAgain() const;  // a picture that stands still follows, too
 

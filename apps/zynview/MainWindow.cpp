@@ -45,7 +45,8 @@ MainWindow::MainWindow(const Options& programOptions)
   setCentralWidget(content);
   MakeStatusBar();
 
-  display.reset(ZynDisplayCPU::CreateComponent(content));
+  display.reset(options.opengl ? ZynDisplayQGL::CreateComponent(content)
+                               : ZynDisplayCPU::CreateComponent(content));
   colors = ColorControls(display.get());
   overlays = Overlays(display.get());
   readout = PixelReadout(display.get(), &keeper);
@@ -148,8 +149,9 @@ bool MainWindow::Start(std::unique_ptr<FrameSource> source, QString* error) {
   if (!source->Open(error)) return false;
   const ZynImage format = source->Format();
   if (const uint32_t code = display->Initialize(&format)) {
-    *error = QStringLiteral("the display refuses format %1: code 0x%2")
-                 .arg(PixelNameOf(format.pixelType))
+    *error = QStringLiteral("the display refuses format %1%2: code 0x%3")
+                 .arg(PixelNameOf(format.pixelType),
+                      options.opengl ? QStringLiteral(", or OpenGL cannot be had") : QString())
                  .arg(code, 8, 16, QLatin1Char('0'));
     return false;
   }

@@ -55,6 +55,7 @@ constexpr Row kRows[] = {
     {"save", "Save the window's picture at the end.", "file"},
     {"window", "Start with so many pixels for the picture, such as 640x480.", "WxH"},
     {"bare", "Show no status bar.", nullptr},
+    {"opengl", "Process and draw with OpenGL instead of on the processor.", nullptr},
     {"status", "Start with the display's status line, as S D does.", nullptr},
     {"info", "Start with the display's information text, as S I does.", nullptr},
     {"overlays", "Start with a frame, a label and a cross over the picture, as O does.", nullptr},
@@ -156,6 +157,7 @@ bool ReadOptions(const QStringList& arguments, Options* options, QString* error)
   options->camera = value("camera");
   options->save = value("save");
   options->bare = isSet("bare");
+  options->opengl = isSet("opengl");
   options->statusLine = isSet("status");
   options->information = isSet("info");
   options->overlays = isSet("overlays");

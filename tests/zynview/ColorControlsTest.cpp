@@ -114,6 +114,36 @@ TEST(ColorControls, keeps_white_white_whatever_the_gamma) {
   }
 }
 
+// On the card: pow(texel * gain + offset, gamma) on texels of 0 to 1, where 14 bits lie at the bottom of 16.
+TEST(ColorControls, keeps_white_white_on_the_card_too) {
+  for (const double gamma : {0.45, 1.0, 2.2}) {
+    FakeDisplay display(ZYN_PIXEL_MONO14);
+    display.GetComponent()->SetParameterInt("system.opengl", 1);
+    ColorControls controls(&display);
+    ColorSettings wanted;
+    wanted.gamma = gamma;
+    wanted.gain = {1.5, 1.5, 1.5};
+    wanted.offset = {-0.125, -0.125, -0.125};
+    EXPECT_EQ(controls.Start(wanted), QString());
+    const QTD::ARGUMENTS& arguments = display.correction.commands.back();
+    const double top = 16383.0 / 65535.0;
+    for (const double level : {0.25, 0.5, 0.75}) {
+      const double linear = level * top * Number(arguments, "gain.r") + Number(arguments, "offs.r");
+      EXPECT_NEAR(std::pow(linear, Number(arguments, "gamma")), top * std::pow(1.5 * level - 0.125, gamma),
+                  1e-6);
+    }
+  }
+}
+
+TEST(ColorControls, corrects_8_bits_and_bgr_by_its_names_on_the_card) {
+  FakeDisplay display(ZYN_PIXEL_BGR8);
+  display.GetComponent()->SetParameterInt("system.opengl", 1);
+  ColorControls controls(&display);
+  EXPECT_EQ(controls.Start(Gains(2, 3, 4)), QString());
+  EXPECT_EQ(Number(display.correction.commands.back(), "gain.r"), 2);
+  EXPECT_EQ(Number(display.correction.commands.back(), "gain.b"), 4);
+}
+
 TEST(ColorControls, says_that_samples_of_8_bits_are_not_corrected) {
   FakeDisplay display(ZYN_PIXEL_RGB8);
   ColorControls controls(&display);

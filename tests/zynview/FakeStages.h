@@ -29,7 +29,11 @@ struct FakeComponent : ZynComponent {
   }
   uint32_t SetParameterExtra(const char*, const void*) override { return ZYN_ERR_NOT_SUPPORTED; }
   uint32_t GetParameterBool(const char*, uint8_t*) override { return ZYN_ERR_NOT_FOUND; }
-  uint32_t GetParameterInt(const char*, int64_t*) override { return ZYN_ERR_NOT_FOUND; }
+  uint32_t GetParameterInt(const char* name, int64_t* result) override {
+    const auto found = values.find(name);
+    if (found == values.end()) return ZYN_ERR_NOT_FOUND;
+    return *result = std::stoll(found->second), 0;
+  }
   uint32_t GetParameterDouble(const char*, double*) override { return ZYN_ERR_NOT_FOUND; }
   uint32_t GetParameterString(const char*, char*, uint32_t*) override { return ZYN_ERR_NOT_FOUND; }
   uint32_t GetParameterExtra(const char*, void*) override { return ZYN_ERR_NOT_SUPPORTED; }
@@ -98,6 +102,7 @@ class FakeDisplay : public ZynDisplayProcessor, private ZynImgProcessingChain {
     coloration.Enable(false);
   }
 
+  FakeComponent parameters;
   FakeBayerStage bayer;
   FakeCorrection correction;
   FakeStage<ZynDisplayQT::Image> unpacked;
@@ -110,7 +115,7 @@ class FakeDisplay : public ZynDisplayProcessor, private ZynImgProcessingChain {
     if (std::strcmp(name, "cmd.image.rebuild") == 0) ++rebuilds;
     return 1;
   }
-  ZynComponent* GetComponent() override { return nullptr; }
+  ZynComponent* GetComponent() override { return &parameters; }
   uint32_t Initialize(const ZynImage*) override { return 0; }
   uint32_t DisplayVideo(const ZynImage*) override { return 0; }
   void Uninitialize() override {}
