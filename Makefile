@@ -3,7 +3,7 @@
 
 ARGS ?=
 
-.PHONY: run test bench gallery tour build deps clean
+.PHONY: run test bench gallery tour matrix twins build deps clean
 
 run: deps build
 	tools/with-screen build/release/apps/zynview/zynview $(if $(DISPLAY),,--seconds 5 --save build/zynview.png) $(ARGS)
@@ -19,7 +19,8 @@ test: deps
 	tools/run-tests
 
 bench: deps build
-	tools/with-screen --virtual build/release/bench/zynbench
+	tools/with-screen --virtual build/release/bench/zynbench --benchmark_filter=-OpenGL
+	tools/with-screen --virtual env QT_QPA_PLATFORM=xcb build/release/bench/zynbench --benchmark_filter=OpenGL
 
 # The pictures of docs/gallery.md.
 gallery: deps build
@@ -29,6 +30,14 @@ gallery: deps build
 tour: deps build
 	@tools/install-packages tour
 	tools/with-screen --virtual tools/make-tour build/release/apps/zynview/zynview
+
+# The table of docs/cpu-and-gl.md, by the test that holds the two variants against each other.
+matrix: deps
+	tools/with-screen --virtual tools/make-matrix
+
+# The pictures of docs/cpu-and-gl.md.
+twins: deps build
+	tools/with-screen --virtual tools/make-twins build/release/apps/zynview/zynview
 
 clean:
 	rm -rf build

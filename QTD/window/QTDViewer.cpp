@@ -1,7 +1,10 @@
 #include "QTD/window/QTDViewer.h"
 
+#include <QFocusEvent>
+#include <QGuiApplication>
 #include <QResizeEvent>
 #include <QScrollBar>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <chrono>
 
@@ -10,6 +13,12 @@
 #include "QTD/window/QTDWindow.h"
 
 using QTD::ToText;
+
+namespace {
+
+constexpr int kFocusMilliseconds = 20;
+
+}  // namespace
 
 QTDViewer::QTDViewer(QWidget* parentWidget, bool opengl) : QWidget(parentWidget) {
   parameters.Set("class", "QTDViewer");
@@ -72,6 +81,7 @@ bool QTDViewer::makeWindow(bool opengl) {
     return false;
   }
   container->setFocusPolicy(Qt::StrongFocus);
+  container->installEventFilter(this);
   connect(window, &QTDWindow::signalClosing, this, &QTDViewer::dropContainer);
   window->setScrollBars(horzBar, vertBar);
   return true;
@@ -127,6 +137,22 @@ bool QTDViewer::event(QEvent* event) {
   } catch (...) {
     // Nothing may leave an event handler.
   }
+  return true;
+}
+
+// Qt's container asks for the window's activation at once when its top-level window becomes the active one.
+// On X such a request makes the top-level window active anew, so that displays in windows of their own would
+// take the focus from each other for ever: each request is answered when that of another one is already under
+// way. Here the window of the one that is still the active one a moment later asks.
+bool QTDViewer::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != container || event->type() != QEvent::FocusIn ||
+      static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) {
+    return QWidget::eventFilter(watched, event);
+  }
+  QTimer::singleShot(kFocusMilliseconds, this, [this] {
+    const bool active = container && container->hasFocus() && isActiveWindow();
+    if (active && window && QGuiApplication::focusWindow() != window) window->requestActivate();
+  });
   return true;
 }
 

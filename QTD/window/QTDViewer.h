@@ -72,6 +72,7 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
 
  protected:
   bool event(QEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;  // of `container`
   void resizeEvent(QResizeEvent* event) override;
 
   QPointer<QTDWindow> window;              // owned by `container`

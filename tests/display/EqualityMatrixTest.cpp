@@ -1,0 +1,419 @@
+// The pictures of the card against those of the processor and against scalar models of the shaders: every
+// format that both show, odd and even sizes, both orders of the lines, with and without correction and text.
+//
+// With ZYN_MATRIX=<file> in the environment the run includes the largest size, the screen for every format,
+// and all combinations at 640x480, and writes the table of docs/cpu-and-gl.md into that file.
+#include "tests/display/EqualityMatrix.h"
+
+#include <QScreen>
+#include <array>
+#include <cmath>
+#include <map>
+#include <set>
+
+#include "QTD/chain/QTDProcessor.h"
+#include "QTD/image/PixelFormats.h"
+#include "gl/models/BayerModel.h"
+#include "gl/models/UnpackModel.h"
+#include "support/FlatScene.h"
+#include "tests/display/PictureFixture.h"
+#include "tests/display/Sanitized.h"
+
+namespace display_test {
+namespace {
+
+using equality::Column;
+using equality::Matrix;
+using flat_scene::Kind;
+
+struct Size {
+  uint32_t width, height;
+};
+constexpr Size kSizes[] = {{1, 1}, {2, 1}, {1, 2}, {3, 3}, {17, 13}, {64, 48}, {640, 480}};
+constexpr Size kLargest{4096, 3072};
+constexpr const char* kLargestFormats[] = {"Mono12", "BayerRG12p", "RGB8", "YUV422_8_UYVY"};
+constexpr uint32_t kSparseFrom = 640;  // from this width on not every combination and place is looked at
+
+// On the processor fractions of the depth's range. On the card they are fractions of the texel's, which is
+// larger than that of deep samples: see `Offset`.
+constexpr std::array<double, 3> kGain{1.25, 0.75, 1.5}, kOffset{0.05, -0.03, 0.0};
+
+// Where text may be, from the picture's upper left corner.
+constexpr uint32_t kTextWidth = 40, kTextHeight = 40;
+
+// Mosaics: the card repeats the edge where the processor mirrors it.
+constexpr uint32_t kMosaicBorder = 2;
+
+using Samples = std::vector<uint32_t>;
+
+// A picture as it was asked for.
+struct Way {
+  bool bottomUp, text, corrected, native;
+};
+
+std::vector<std::string> ShownFormats() {
+  std::vector<std::string> names;
+  for (uint32_t n = 1; n <= QTD::kPixelRows; ++n) {
+    const std::string name = QTD::FindPixelRow(n)->name;
+    const Kind kind(name);
+    if (!kind.trueSense && (kind.mono || kind.bayer || kind.colour || kind.uyvy)) names.push_back(name);
+  }
+  return names;
+}
+
+class EqualityMatrix : public PictureTest, public testing::WithParamInterface<std::string> {
+ protected:
+  static void TearDownTestSuite() {
+    if (Matrix::IsWanted()) {
+      EXPECT_TRUE(Matrix::Instance().Write());
+    }
+  }
+
+  const std::string name = GetParam();
+  const Kind kind{name};
+  const uint32_t code = QTD::FindPixelRowByName(name.c_str())->code;
+  const uint32_t depth = kind.uyvy ? 8 : kind.depth;
+  const uint32_t top = (1u << depth) - 1;
+  const uint32_t nativeCode = kind.uyvy
+                                  ? uint32_t{ZYN_PIXEL_RGB8}
+                                  : (kind.bayer ? QTD::DemosaicedFormat(QTD::UnpackedFormat(code), false)
+                                                : QTD::UnpackedFormat(code));
+  const uint32_t channels = kind.mono ? 1 : 3;
+  // GR and GB have the edge step on the card. It looks for differences of a twentieth of the texel's range,
+  // which samples of 10 bits don't reach there.
+  const bool mosaicGR = kind.bayer && name[5] == 'G';
+  const bool edgeStep = mosaicGR && depth != 10;
+
+  const char* Family() const {
+    if (kind.uyvy) return "YUV 4:2:2";
+    if (kind.colour) return depth == 8 ? "colour, 8 bits" : "colour, 10 to 16 bits";
+    if (kind.mono)
+      return kind.lsb      ? "monochrome, bit stream"
+             : kind.packed ? "monochrome, pairs"
+             : depth == 8  ? "monochrome, 8 bits"
+                           : "monochrome, 10 to 16 bits";
+    if (edgeStep) return depth == 8 ? "Bayer GR GB, 8 bits" : "Bayer GR GB, 12 to 16 bits";
+    return depth == 8 ? "Bayer RG BG, 8 bits"
+           : mosaicGR ? "Bayer GR GB, 10 bits"
+                      : "Bayer RG BG, 10 to 16 bits";
+  }
+  void Enter(Column column, int64_t difference, int64_t bound) {
+    Matrix::Instance().Enter(Family(), column, difference, bound);
+    EXPECT_LE(difference, bound) << equality::TitleOf(column);
+  }
+
+  // Rows of a bit stream that don't end with a byte: each variant has its own idea of where the next begins.
+  bool HasBrokenRows(uint32_t width) const { return kind.lsb && width * depth % 8 != 0; }
+
+  // Scattered values, with the smallest and the largest among them.
+  Samples Scattered(size_t count, uint32_t most, uint32_t seed) const {
+    Samples samples(count);
+    uint32_t state = seed * 2654435761u + 12345;
+    for (uint32_t& sample : samples) {
+      state = state * 1664525 + 1013904223;
+      const uint32_t drawn = state >> 8;
+      sample = drawn % 8 == 0 ? 0 : drawn % 8 == 1 ? most : drawn / 8 % (most + 1);
+    }
+    return samples;
+  }
+
+  // Makes a picture and tells the samples that lie in it. Of bit streams the bytes are scattered, and the
+  // samples are what the card's model finds in them.
+  Samples Fill(HostImage& picture, uint32_t seed) const {
+    const uint32_t width = picture.record.width, height = picture.record.height;
+    if (kind.lsb || kind.uyvy) {
+      const Samples bytes = Scattered(picture.pixels.size(), 255, seed);
+      std::transform(bytes.begin(), bytes.end(), picture.pixels.begin(),
+                     [](uint32_t byte) { return static_cast<uint8_t>(byte); });
+      if (kind.uyvy) return {};
+      return model::UnpackedSamples(picture.pixels, std::max<size_t>(1, size_t{width} * depth / 8), width,
+                                    height, depth);
+    }
+    const uint32_t perLine = width * (kind.colour ? 3 : 1);
+    Samples samples = Scattered(size_t{perLine} * height, top, seed);
+    std::vector<uint8_t> bytes;
+    bytes.reserve(picture.pixels.size());
+    for (uint32_t y = 0; y < height; ++y) {
+      const uint32_t* const line = samples.data() + size_t{y} * perLine;
+      for (uint32_t x = 0; x < perLine; ++x) {
+        if (kind.packed) {
+          const bool pair = x + 1 < perLine;
+          flat_scene::PutPacked(bytes, line[x], pair ? line[x + 1] : 0, pair, depth);
+          ++x;
+        } else {
+          bytes.push_back(static_cast<uint8_t>(line[x]));
+          if (depth > 8) bytes.push_back(static_cast<uint8_t>(line[x] >> 8));
+        }
+      }
+    }
+    EXPECT_EQ(bytes.size(), picture.pixels.size());
+    bytes.resize(picture.pixels.size());
+    picture.pixels = bytes;
+    picture.record.imageData = picture.pixels.data();
+    return samples;
+  }
+
+  void Prepare(bool opengl, const HostImage& picture) {
+    display->SetParameterInt("system.opengl", opengl);
+    ASSERT_EQ(display->Initialize(&picture.record), 0u);
+  }
+  ZynComponent* Stage(const char* stageName) {
+    ZynImgProcessor* const stage = display->GetProcessor()->FindProcessor(stageName);
+    return stage ? stage->GetComponent() : nullptr;
+  }
+
+  // How the same offset is told to the two: the card's full range is that of a texel of 8 or 16 bits.
+  double Offset(bool opengl, size_t channel) const {
+    return kOffset[channel] * (opengl && depth > 8 ? top / 65535.0 : 1.0);
+  }
+  // Out of a native sample its corrected value.
+  int64_t Corrected(uint32_t sample, size_t channel) const {
+    const double exact = sample * kGain[channel] + kOffset[channel] * top;
+    return std::clamp<int64_t>(std::llround(exact), 0, top);
+  }
+  void Correct(bool opengl, bool on) {
+    ZynComponent* const stage = Stage("image.colorcorrection");
+    ASSERT_NE(stage, nullptr);
+    QTD::ARGUMENTS values{{"gamma", "1"}};
+    const char* const names[] = {"r", "g", "b"};
+    for (size_t c = 0; c < 3; ++c) {
+      values[std::string("gain.") + names[c]] = QTD::ToText(on ? kGain[c] : 1.0);
+      values[std::string("offs.") + names[c]] = QTD::ToText(on ? Offset(opengl, c) : 0.0);
+    }
+    ASSERT_EQ(stage->RunCommand("cmd.params.apply", &values), 1u);
+  }
+
+  // The converted picture, as the values of all channels. Values above the depth's range count as its top:
+  // on the card only the texel ends what overshoots.
+  Samples Convert(HostImage& picture, const Way& way) {
+    HostImage output(way.native ? nativeCode : uint32_t{ZYN_PIXEL_RGB8}, picture.record.width,
+                     picture.record.height);
+    const std::vector<uint8_t> kept = picture.pixels;  // the processor corrects plain formats in place
+    picture.record.origin = way.bottomUp;
+    display->ReleaseConverter();
+    EXPECT_EQ(display->ConvertImage(&picture.record, &output.record), 0u);
+    picture.pixels = kept;
+    picture.record.imageData = picture.pixels.data();
+    if (!way.native || depth == 8) return {output.pixels.begin(), output.pixels.end()};
+    Samples words(output.pixels.size() / 2);
+    for (size_t n = 0; n < words.size(); ++n)
+      words[n] = std::min(output.pixels[2 * n] | uint32_t{output.pixels[2 * n + 1]} << 8, top);
+    return words;
+  }
+
+  // The largest difference in the part of the picture that `skip` leaves.
+  template <typename Skip>
+  static int64_t Difference(const Samples& one, const Samples& other, const Size& size, const Skip& skip) {
+    EXPECT_EQ(one.size(), other.size());
+    if (one == other || one.size() != other.size()) return 0;
+    const size_t perPixel = one.size() / (size_t{size.width} * size.height);
+    int64_t most = 0;
+    size_t at = 0;
+    for (uint32_t y = 0; y < size.height; ++y) {
+      for (uint32_t x = 0; x < size.width; ++x) {
+        const bool skipped = skip(x, y);
+        for (size_t c = 0; c < perPixel; ++c, ++at)
+          if (!skipped) most = std::max(most, std::abs(int64_t{one[at]} - int64_t{other[at]}));
+      }
+    }
+    return most;
+  }
+  bool InBorder(uint32_t x, uint32_t y, const Size& size) const {
+    return kind.bayer && (x < kMosaicBorder || y < kMosaicBorder || x + kMosaicBorder >= size.width ||
+                          y + kMosaicBorder >= size.height);
+  }
+  // In a bottom-up picture the card's text stands at the other end.
+  static bool InText(uint32_t x, uint32_t y, const Size& size) {
+    return x < kTextWidth && (y < kTextHeight || y + kTextHeight >= size.height);
+  }
+
+  // Pictures of both variants in the combinations that they have in common.
+  std::vector<Way> Ways(const Size& size) const {
+    std::vector<Way> ways;
+    const bool large = size.width > kSparseFrom, sparse = size.width >= kSparseFrom && !Matrix::IsWanted();
+    for (int bits = 0; bits < 16; ++bits) {
+      const Way way{(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0};
+      if (large && (way.text || way.corrected)) continue;  // no such stages in strict mode
+      if (sparse && (way.text || way.bottomUp != way.corrected)) continue;
+      if (kSanitized && (way.text || way.bottomUp == way.native)) continue;
+      if (way.native && nativeCode == ZYN_PIXEL_RGB8) continue;
+      ways.push_back(way);
+    }
+    return ways;
+  }
+  std::vector<Samples> Pictures(bool opengl, HostImage& picture, const std::vector<Way>& ways) {
+    std::vector<Samples> pictures;
+    Prepare(opengl, picture);
+    for (const Way& way : ways) {
+      if (way.corrected && !opengl && depth == 8) {  // refused there
+        pictures.emplace_back();
+        continue;
+      }
+      std::string id;
+      auto* const overlay =
+          dynamic_cast<ZynDisplayQT::ImageOverlay*>(display->GetProcessor()->FindProcessor("image.overlay"));
+      if (way.corrected) Correct(opengl, true);
+      if (way.text) {
+        QTD::PROPERTIES white;
+        white.Set("text.clr", "16777215");
+        id = overlay->AddText("L", 4, 4, &white);
+        EXPECT_FALSE(id.empty());
+      }
+      pictures.push_back(Convert(picture, way));
+      if (way.text) overlay->DeleteObject(id);
+      if (way.corrected) Correct(opengl, false);
+    }
+    return pictures;
+  }
+
+  void Compare(const Size& size) {
+    SCOPED_TRACE(name + " " + std::to_string(size.width) + "x" + std::to_string(size.height));
+    HostImage picture(code, size.width, size.height);
+    const Samples samples = Fill(picture, size.width * 31 + size.height);
+    const std::vector<Way> ways = Ways(size);
+    const std::vector<Samples> plain = Pictures(false, picture, ways), card = Pictures(true, picture, ways);
+    ASSERT_EQ(plain.size(), card.size());
+    for (size_t n = 0; n < ways.size(); ++n) {
+      const Way& way = ways[n];
+      SCOPED_TRACE(std::string(way.bottomUp ? "bottom-up" : "top-down") + (way.text ? ", text" : "") +
+                   (way.corrected ? ", corrected" : "") + (way.native ? ", native" : ""));
+      CompareVariants(size, way, plain[n], card[n]);
+      const bool holdsNative = way.native || nativeCode == ZYN_PIXEL_RGB8;
+      if (way.text || !holdsNative) continue;
+      if (!way.corrected) CompareWithSamples(size, way, samples, card[n]);
+      if (way.corrected) {
+        for (size_t m = 0; m < ways.size(); ++m) {
+          if (ways[m].bottomUp == way.bottomUp && ways[m].native == way.native && !ways[m].text &&
+              !ways[m].corrected)
+            CompareCorrection(card[m], card[n]);
+        }
+      }
+    }
+  }
+
+  void CompareVariants(const Size& size, const Way& way, const Samples& plain, const Samples& card) {
+    if (plain.empty() || edgeStep || HasBrokenRows(size.width)) return;
+    const int64_t difference = Difference(plain, card, size, [&](uint32_t x, uint32_t y) {
+      return InBorder(x, y, size) || (way.text && InText(x, y, size));
+    });
+    const Column column = way.corrected ? (way.native ? Column::kCorrectedNative : Column::kCorrected)
+                                        : (way.native ? Column::kNative : Column::kPlain);
+    Enter(way.text ? Column::kAroundText : column, difference, Bound(way));
+  }
+  // What the stages may add, in code values of the result. Both variants round a mosaic and a corrected value
+  // once each; a mosaic's difference passes the gain.
+  int64_t Bound(const Way& way) const { return (kind.bayer ? 1 : 0) + (way.corrected ? 1 : 0); }
+
+  // The card's native picture against the samples themselves, or what the demosaicing's model makes of them.
+  void CompareWithSamples(const Size& size, const Way& way, const Samples& samples, const Samples& card) {
+    if (kind.uyvy) return;
+    const size_t perLine = size_t{size.width} * channels;
+    ASSERT_EQ(card.size(), perLine * size.height);
+    if (kind.bayer) return CompareWithMosaic(size, way, samples, card);
+    // RGB8 is also the native format of monochrome ones with nothing else: not here.
+    int64_t most = 0;
+    for (uint32_t y = 0; y < size.height; ++y) {
+      const uint32_t line = way.bottomUp ? size.height - 1 - y : y;
+      for (size_t i = 0; i < perLine; ++i)
+        most =
+            std::max(most, std::abs(int64_t{samples[line * perLine + i]} - int64_t{card[y * perLine + i]}));
+    }
+    Enter(Column::kModel, most, 0);
+  }
+  void CompareWithMosaic(const Size& size, const Way& way, const Samples& samples, const Samples& card) {
+    static const std::map<std::string, model::BayerPattern> kPatterns = {
+        {"GR", model::kGR}, {"RG", model::kRG}, {"BG", model::kBG}, {"GB", model::kGB}};
+    const model::BayerPlan plan{kPatterns.at(name.substr(5, 2)), false, 1.0};
+    const int bits = depth == 8 ? 8 : 16;
+    const model::Texels texels(static_cast<int>(size.width), static_cast<int>(size.height), 1, samples, bits);
+    const double ceiling = depth == 8 ? 1.0 : top / 65535.0, full = depth == 8 ? 255 : 65535;
+    const uint32_t step = size.width >= kSparseFrom ? 13 : 1;
+    int64_t most = 0;
+    for (size_t n = 0; n < size_t{size.width} * size.height; n += step) {
+      const auto x = static_cast<int>(n % size.width), y = static_cast<int>(n / size.width);
+      const int line = way.bottomUp ? static_cast<int>(size.height) - 1 - y : y;
+      const model::Rgb exact = model::BayerSite(texels, plan, x, line).color();
+      int64_t here = 0;
+      for (size_t c = 0; c < 3; ++c)
+        here = std::max(
+            here, std::abs(std::llround(std::min(exact[c], ceiling) * full) - int64_t{card[3 * n + c]}));
+      // A near tie of the edge step may go either way: then the picture must be one of the allowed ones.
+      if (here > 1 && depth != 8) here = 2;
+      if (here > 1 && model::BayerAllows(texels, plan, x, line, &card[3 * n], bits, 1.0)) here = 1;
+      most = std::max(most, here);
+    }
+    Enter(Column::kModel, most, 1);
+  }
+  // The corrected picture against what the model makes of the uncorrected one.
+  void CompareCorrection(const Samples& before, const Samples& after) {
+    ASSERT_EQ(before.size(), after.size());
+    int64_t most = 0;
+    for (size_t n = 0; n < before.size(); ++n) {
+      const size_t stored = n % channels, channel = name[0] == 'B' && kind.colour ? 2 - stored : stored;
+      most = std::max(most, std::abs(Corrected(before[n], channel) - int64_t{after[n]}));
+    }
+    Enter(Column::kCorrectionModel, most, 1);
+  }
+
+  // On the screen.
+
+  QImage Grab(bool opengl, const HostImage& picture) {
+    Prepare(opengl, picture);
+    EXPECT_TRUE(WaitFor([&] { return display->Viewer() && Window() && Window()->isExposed(); }));
+    const std::size_t before = receiver.Images();
+    EXPECT_EQ(display->DisplayVideo(&picture.record), 0u);
+    EXPECT_TRUE(WaitForImages(before + 1));
+    Settle(120);  // swaps are 31 ms apart
+    return Window()->QWindow::screen()->grabWindow(Window()->winId()).toImage();
+  }
+  void CompareScreens() {
+    const Size size{64, 48};
+    HostImage picture(code, size.width, size.height);
+    Fill(picture, 5);
+    display->AddNotification(&receiver);
+    display->SetParameterInt("image.notification.flags.set", 1);
+    const QImage plain = Grab(false, picture), card = Grab(true, picture);
+    ASSERT_EQ(plain.size(), card.size());
+    const int left = (plain.width() - 64) / 2, upper = (plain.height() - 48) / 2;
+    int64_t most = 0;
+    std::vector<QRgb> colors;
+    for (uint32_t y = 0; y < size.height; ++y) {
+      for (uint32_t x = 0; x < size.width; ++x) {
+        if (InBorder(x, y, size)) continue;
+        const QRgb one = plain.pixel(left + static_cast<int>(x), upper + static_cast<int>(y));
+        const QRgb other = card.pixel(left + static_cast<int>(x), upper + static_cast<int>(y));
+        colors.push_back(one);
+        most =
+            std::max<int64_t>({most, std::abs(qRed(one) - qRed(other)), std::abs(qGreen(one) - qGreen(other)),
+                               std::abs(qBlue(one) - qBlue(other))});
+      }
+    }
+    EXPECT_GT(std::set<QRgb>(colors.begin(), colors.end()).size(), 50u) << "there is no picture";
+    if (!edgeStep) Enter(Column::kScreen, most, ScreenBound());
+  }
+  // The processor cuts lower bits off, the card rounds.
+  int64_t ScreenBound() const { return (depth > 8 ? 1 : 0) + (kind.bayer ? 1 : 0); }
+};
+
+TEST_P(EqualityMatrix, holds_for_every_size_on_the_screen) {
+  for (const Size& size : kSizes) {
+    if (kSanitized && size.width >= kSparseFrom) continue;
+    Compare(size);
+    if (HasFatalFailure()) return;
+  }
+  if (Matrix::IsWanted() && std::count(std::begin(kLargestFormats), std::end(kLargestFormats), name))
+    Compare(kLargest);
+}
+
+TEST_P(EqualityMatrix, holds_in_the_window_on_the_screen) {
+  if (Matrix::IsWanted() || std::count(std::begin(kLargestFormats), std::end(kLargestFormats), name))
+    CompareScreens();
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, EqualityMatrix, testing::ValuesIn(ShownFormats()),
+                         [](const testing::TestParamInfo<std::string>& format) {
+                           return format.param + "_on_the_screen";
+                         });
+
+}  // namespace
+}  // namespace display_test
