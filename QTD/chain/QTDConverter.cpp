@@ -239,7 +239,8 @@ const ZynImage* QTDConverter::RunStages(const QTDProcessor& chain, const ZynImag
     if (const ZynImage* const result = stage->Out()) current = result;
     if (stageName == kLastStage) return opengl && !ReadGpu(*stage) ? nullptr : current;
   }
-  return stages.Count() > 0 ? current : nullptr;
+  // Without the last stage the picture stays on the card.
+  return stages.Count() > 0 && !opengl ? current : nullptr;
 }
 
 bool QTDConverter::Write(const ZynImage* picture, bool bottomUp, ZynImage* output, void* data) {

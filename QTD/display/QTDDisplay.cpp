@@ -8,6 +8,7 @@
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/frame/HostCodeUnderLocks.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/window/QTDViewer.h"
@@ -69,6 +70,7 @@ QTDDisplay::QTDDisplay(QWidget* parentWidget, bool opengl) {
   messenger.GetCommonProperties()->Set("from", QTD::ToText(Key()));
   messenger.AddReceiver(this);
   // Last: an address is known only when nothing can go wrong any more.
+  QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this);
   QTD::LiveObjects::Controllers().Add(Key());
 }
 
@@ -91,6 +93,7 @@ QTDDisplay::~QTDDisplay() {
   }
   // The messenger's thread may still be inside a receiver, which may itself be waiting for this thread.
   while (messenger.IsRunning()) QTD::WaitABit();
+  QTD::LivePointers<ZynDisplayProcessor>::Instance().Remove(this);
 }
 
 void QTDDisplay::BeginClosing() {

@@ -1,5 +1,6 @@
 #include "QTD/screen/SurfacePass.h"
 
+#include "QTD/frame/LivePointers.h"
 #include "QTD/screen/QTDSurface.h"
 
 // A surface that cannot be prepared is not ended either: the pass of another thread may be under way on it.
@@ -11,9 +12,11 @@ SurfacePass::SurfacePass(QTDSurface* usedSurface) : surface(usedSurface) {
   }
 }
 
+// Code of the host's that ran meanwhile may have closed the window that the surface belongs to.
 SurfacePass::~SurfacePass() {
   try {
-    if (surface) surface->end(nullptr, false);
+    QTDSurface* const living = QTD::LivePointers<QTDSurface>::Instance().Find(surface);
+    if (living) living->end(nullptr, false);
   } catch (...) {
   }
 }

@@ -72,6 +72,8 @@ class QGLImage {
   virtual ZynImage* image();  // owned by this
   virtual uint32_t checkError(const char* where);
 
+  QOpenGLContext* Context() const { return context; }  // that the texture lies on; null once it has gone
+
  protected:
   bool isCurrent();    // between `begin` and `end` of the surface that `init` found
   bool isLive();       // the same, and there is a framebuffer

@@ -67,7 +67,7 @@ void QGLScreen::flush() {
 
 bool QGLScreen::begin(QTD::PROPERTIES* list) {
   if (!isReady()) return false;
-  surface->begin(list);
+  begun = surface->begin(list);
   return prepare(list);
 }
 
@@ -107,8 +107,9 @@ bool QGLScreen::prepare(QTD::PROPERTIES*) {
 
 void QGLScreen::end(QTD::PROPERTIES* list, bool flush) {
   if (!surface) return;
-  if (flush) surface->flush(list);  // while the context is still current
-  surface->end(list, flush);
+  if (flush) surface->flush(list);       // while the context is still current
+  if (begun) surface->end(list, flush);  // another pass that is under way goes on
+  begun = false;
 }
 
 bool QGLScreen::draw(const ZynImage* image, QTD::PROPERTIES*) {

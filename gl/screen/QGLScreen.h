@@ -37,4 +37,6 @@ class QGLScreen : public QTDScreen {
   View view();
   double viewportLimit(double ratio);  // "gl.viewport" of the surface, in pixels of the window
   ColorValue background();
+
+  bool begun = false;  // the surface has, in this paint pass
 };

@@ -118,14 +118,14 @@ uint32_t QGLIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* u
   if (!BindPicture(*source)) return ZYN_ERR_FAILED;
   NameTarget(*source);
   if (!IsEnabled()) {
-    target->copyTexture(AttachedTexture(source), nullptr);
+    target->copyTexture(TextureOf(*source), nullptr);
     return 0;
   }
   if (!ready && !SetThresholds(values)) return ZYN_ERR_NOT_READY;
   QTD::PROPERTIES list;
   list.Set("mono", QTD::ToText(QTD::IsRgbFormat(values->pixelType) ? 0 : 1))
       .Set("colors", QTD::ToText(1u << (values->bitDepth & 31)))
-      .Set("source", QTD::ToText(AttachedTexture(values)));
+      .Set("source", QTD::ToText(TextureOf(*values)));
   if (!pass->Render(source, &list)) return ZYN_ERR_FAILED;
   BindTarget();
   return 0;
@@ -136,7 +136,7 @@ uint32_t QGLIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* u
 bool QGLIPExposureColoration::BindPicture(const ZynImage& picture) {
   surface->glEnable(GL_TEXTURE_2D);
   surface->glActiveTexture(GL_TEXTURE0);
-  const uint32_t texture = AttachedTexture(&picture);
+  const uint32_t texture = TextureOf(picture);
   if (texture == 0) return input && input->bind() && input->fill(&picture);
   surface->glBindTexture(GL_TEXTURE_2D, texture);
   return true;

@@ -111,7 +111,7 @@ uint32_t QGLIPImage::Run(const ZynImage* source) {
 
 // The picture as it is, into the first image.
 bool QGLIPImage::Upload(const ZynImage& source) {
-  if (const uint32_t texture = AttachedTexture(&source)) {
+  if (const uint32_t texture = TextureOf(source)) {
     surface->glBindTexture(GL_TEXTURE_2D, texture);
     QTD::PROPERTIES plain;
     plain.Set("image.color.coef", QTD::ToText(1.0));

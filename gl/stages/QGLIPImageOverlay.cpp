@@ -133,7 +133,7 @@ uint32_t QGLIPImageOverlay::Run(const ZynImage* source) {
 
 bool QGLIPImageOverlay::TakePicture(const ZynImage& source) {
   surface->glActiveTexture(GL_TEXTURE0);
-  if (const uint32_t texture = AttachedTexture(&source)) {
+  if (const uint32_t texture = TextureOf(source)) {
     surface->glBindTexture(GL_TEXTURE_2D, texture);
     target->copyTexture(texture, nullptr);
     return true;

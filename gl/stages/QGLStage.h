@@ -95,12 +95,20 @@ class QGLStage : public Base<Interface> {
 
   QGLTexture& MakeInput() { return *(input = std::make_unique<QGLTexture>()); }
 
+  // The picture's texture, where it lies on this stage's context and is not what this run draws into; 0
+  // elsewhere.
+  uint32_t TextureOf(const ZynImage& image) const {
+    QGLImage* const attached = AttachedImage(&image);
+    const bool own = attached && attached == target.get();
+    return attached && !own && attached->Context() == context ? attached->texture() : 0;
+  }
+
   // Binds the picture to texture unit 0: its own texture, or the stage's input, filled from memory. The
   // texture's name, 0 when the picture could not be uploaded.
   uint32_t BindInput(const ZynImage& image) {
     surface->glEnable(GL_TEXTURE_2D);
     surface->glActiveTexture(GL_TEXTURE0);
-    uint32_t texture = AttachedTexture(&image);
+    uint32_t texture = TextureOf(image);
     if (texture == 0 && input && input->bind() && input->fill(&image)) texture = input->texture();
     if (texture != 0) surface->glBindTexture(GL_TEXTURE_2D, texture);
     return texture;
@@ -123,6 +131,7 @@ class QGLStage : public Base<Interface> {
     if (!context || context->thread() == QThread::currentThread() || !QCoreApplication::instance()) {
       const SurfacePass current(UsableSurface());
       (owned.reset(), ...);
+      Forget();
       return;
     }
     const auto taken = std::make_shared<std::tuple<std::unique_ptr<Owned>...>>(std::move(owned)...);
@@ -133,6 +142,7 @@ class QGLStage : public Base<Interface> {
           std::apply([](auto&... each) { (each.reset(), ...); }, *taken);
         },
         Qt::QueuedConnection);
+    Forget();
   }
 
   const StageOwner owner;
@@ -142,6 +152,11 @@ class QGLStage : public Base<Interface> {
   std::unique_ptr<QGLTexture> input;  // for pictures that come in memory
 
  private:
+  void Forget() {
+    surface = nullptr;
+    context.clear();
+  }
+
   static QGLSurface* Usable(QGLSurface* used, const QPointer<QOpenGLContext>& usedContext) {
     QGLSurface* const living = usedContext ? LivingSurface(used) : nullptr;
     return living && living->Context() == usedContext ? living : nullptr;

@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include "QTD/frame/ComponentImpl.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/screen/DisplaySurface.h"
 #include "ZynDisplay.h"
 #include "gl/surface/QGLSurface.h"
@@ -10,7 +11,8 @@
 namespace {
 
 bool IsController(ZynDisplayProcessor* display) {
-  auto* const component = display ? dynamic_cast<QTD::ComponentImpl*>(display->GetComponent()) : nullptr;
+  if (!QTD::LivePointers<ZynDisplayProcessor>::Instance().Find(display)) return false;
+  auto* const component = dynamic_cast<QTD::ComponentImpl*>(display->GetComponent());
   return component && strcasecmp(component->Parameters().GetString("class").c_str(), "QTDDisplay") == 0;
 }
 
@@ -20,5 +22,6 @@ StageOwner::StageOwner(ZynDisplayProcessor* controller)
     : display(IsController(controller) ? controller : nullptr) {}
 
 QGLSurface* StageOwner::Surface() const {
+  if (!QTD::LivePointers<ZynDisplayProcessor>::Instance().Find(display)) return nullptr;
   return dynamic_cast<QGLSurface*>(DisplaySurface(display));
 }

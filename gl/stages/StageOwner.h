@@ -4,8 +4,8 @@
 class QGLSurface;
 class ZynDisplayProcessor;
 
-// Only a controller of this library is accepted, by the text of its "class" and by its type; any other counts
-// as none.
+// Only a controller of this library is accepted, one that exists and by the text of its "class"; any other
+// counts as none, and so does one that has gone since.
 class StageOwner {
  public:
   explicit StageOwner(ZynDisplayProcessor* display);

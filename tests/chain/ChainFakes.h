@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "QTD/frame/ComponentImpl.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/screen/QTDSurface.h"
@@ -70,6 +71,8 @@ class FakeStage : public ZynImgProcessor, public QTD::ComponentImpl {
 
 class FakeDisplay : public ZynDisplayProcessor, public QTD::ComponentImpl {
  public:
+  FakeDisplay() { QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this); }
+  ~FakeDisplay() override { QTD::LivePointers<ZynDisplayProcessor>::Instance().Remove(this); }
   ZynComponent* GetComponent() override { return component ? component : this; }
   uint32_t Initialize(const ZynImage*) override { return 0; }
   uint32_t DisplayVideo(const ZynImage*) override { return 0; }

@@ -137,7 +137,7 @@ TEST_F(OpenGLDisplay, works_in_strict_mode_beyond_12_megapixels_on_the_screen) {
   ShowOnCard(colours);
   EXPECT_EQ(Parameter("strict"), "1");
   EXPECT_EQ(StageNames(), "image.output image.display ");
-  EXPECT_EQ(Run("cmd.display.view.fit", {{"fit", "1"}}) & 0, 0u);
+  EXPECT_EQ(Run("cmd.display.view.fit", {{"mode", "1"}}), 1u);
   Settle(120);
   ExpectHalves(Grab());
   // The converted picture has line 0 at the top, although no stage has turned it.

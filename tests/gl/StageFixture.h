@@ -6,6 +6,7 @@
 
 #include "GLFixture.h"
 #include "QTD/frame/ComponentImpl.h"
+#include "QTD/frame/LivePointers.h"
 #include "ZynDisplay.h"
 #include "ZynPixelFormat.h"
 #include "gl/models/Texels.h"
@@ -18,7 +19,11 @@ constexpr uint32_t Composed(uint32_t code) {
 // The controller, as far as a stage asks it.
 class FakeController : public ZynDisplayProcessor, public QTD::ComponentImpl {
  public:
-  FakeController() { parameters.Set("class", "QTDDisplay"); }
+  FakeController() {
+    parameters.Set("class", "QTDDisplay");
+    QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this);
+  }
+  ~FakeController() override { QTD::LivePointers<ZynDisplayProcessor>::Instance().Remove(this); }
 
   ZynComponent* GetComponent() override { return this; }
   uint32_t Initialize(const ZynImage*) override { return 0; }

@@ -1,6 +1,7 @@
 // The stages on the card that the viewer adds to a chain. Needs an X server.
 #include "Harness.h"
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/window/QTDViewer.h"
 #include "RecordingChain.h"
 #include "ZynDisplay.h"
@@ -23,6 +24,8 @@ class OpenViewer : public QTDViewer {
 // The controller, as far as chain and stages ask it.
 class FakeController : public ZynDisplayProcessor, public QTD::ComponentImpl {
  public:
+  FakeController() { QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this); }
+  ~FakeController() override { QTD::LivePointers<ZynDisplayProcessor>::Instance().Remove(this); }
   ZynComponent* GetComponent() override { return this; }
   uint32_t Initialize(const ZynImage*) override { return 0; }
   uint32_t DisplayVideo(const ZynImage*) override { return 0; }
