@@ -17,12 +17,12 @@ constexpr const char* kDropped = "dropped";
 
 // Menus in which Qt is at the moment, one entry for each call on the stack. Only the addresses count: such a
 // menu may be gone.
-std::vector<const QMenu*>& Uses() {
-  static std::vector<const QMenu*> uses;
+std::vector<const QObject*>& Uses() {
+  static std::vector<const QObject*>& uses = *new std::vector<const QObject*>;  // menus may outlive all else
   return uses;
 }
 
-bool IsEntered(const QMenu& menu) {
+bool IsEntered(const QObject& menu) {
   return std::count(Uses().begin(), Uses().end(), &menu) > 0;
 }
 
@@ -30,14 +30,14 @@ bool IsInUse(const QMenu& menu) {
   return menu.isVisible() || IsEntered(menu);
 }
 
-bool IsDropped(const QMenu& menu) {
+bool IsDropped(const QObject& menu) {
   return menu.property(kDropped).isValid();
 }
 
 // The last one to leave a dropped menu has it deleted. It does not go earlier: entries may handle events.
 class MenuUse {
  public:
-  explicit MenuUse(QMenu* usedMenu) : menu(usedMenu) { Uses().push_back(usedMenu); }
+  explicit MenuUse(QObject* usedMenu) : menu(usedMenu) { Uses().push_back(usedMenu); }
   ~MenuUse() {
     Uses().pop_back();
     if (menu && IsDropped(*menu) && !IsEntered(*menu)) menu->deleteLater();
@@ -46,7 +46,7 @@ class MenuUse {
   MenuUse& operator=(const MenuUse&) = delete;
 
  private:
-  const QPointer<QMenu> menu;
+  const QPointer<QObject> menu;
 };
 
 // The entries that the viewer owns go along: Qt may be inside one of them.

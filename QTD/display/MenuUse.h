@@ -22,7 +22,7 @@ class TrackedMenu : public QMenu {
   bool event(QEvent* event) override;
 
  private:
-  QPointer<QMenu> whole;
+  QPointer<QObject> whole;  // a menu, or what is left of one that is being destroyed
 };
 
 // The menu at that address, or null when there is none (any more).

@@ -4,10 +4,10 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QImage>
-#include <QProcess>
 #include <QScreen>
 
 #include "tests/display/RepaintCounter.h"
+#include "tests/support/Xdotool.h"
 
 namespace display_test {
 
@@ -45,8 +45,7 @@ class ScreenTest : public PictureTest {
     return Window()->QWindow::screen()->grabWindow(Window()->winId()).toImage();
   }
   static void Do(const QString& what) {
-    ASSERT_EQ(QProcess::execute(QStringLiteral("xdotool"), what.split(QLatin1Char(' '))), 0)
-        << qPrintable(what);
+    ASSERT_EQ(Xdotool(what.split(QLatin1Char(' '))), 0) << qPrintable(what);
   }
   // A pointer that is there already must not be waited for.
   static void PointAt(const QPoint& global) {

@@ -3,11 +3,11 @@
 #pragma once
 
 #include <QGuiApplication>
-#include <QProcess>
 #include <cmath>
 
 #include "Harness.h"
 #include "QTD/window/QTDZoom.h"
+#include "tests/support/Xdotool.h"
 
 namespace windowtest {
 
@@ -24,8 +24,7 @@ class RealInputTest : public ViewerTest {
   }
 
   static void Do(const QString& what) {
-    ASSERT_EQ(0, QProcess::execute(QStringLiteral("xdotool"), what.split(QLatin1Char(' '))))
-        << qPrintable(what);
+    ASSERT_EQ(0, Xdotool(what.split(QLatin1Char(' ')))) << qPrintable(what);
     Settle();
   }
   // Moves the pointer to a place in the window. One that is there already must not be waited for.

@@ -4,11 +4,11 @@
 #include <QFocusEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QProcess>
 #include <cmath>
 
 #include "Harness.h"
 #include "QTD/window/QTDZoom.h"
+#include "tests/support/Xdotool.h"
 
 QT_BEGIN_NAMESPACE
 // What Qt's own test library calls to make a key event that counts as one of the window system.
@@ -26,9 +26,8 @@ inline void HoldModifiers(Qt::KeyboardModifiers modifiers) {
     const auto verb = [modifiers](Qt::KeyboardModifier key) {
       return modifiers.testFlag(key) ? QStringLiteral("keydown") : QStringLiteral("keyup");
     };
-    ASSERT_EQ(0, QProcess::execute(QStringLiteral("xdotool"),
-                                   {verb(Qt::ShiftModifier), QStringLiteral("Shift_L"),
-                                    verb(Qt::ControlModifier), QStringLiteral("Control_L")}));
+    ASSERT_EQ(0, Xdotool({verb(Qt::ShiftModifier), QStringLiteral("Shift_L"), verb(Qt::ControlModifier),
+                          QStringLiteral("Control_L")}));
     Settle();
   }
   QWindow other;
