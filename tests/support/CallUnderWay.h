@@ -20,7 +20,7 @@ class CallUnderWay : public ZynDisplayCommand {
   // Comes back when the other thread is inside.
   void Begin(QTD::ComponentImpl& component) {
     component.SetParameterHandlers(this, nullptr);
-    thread = std::thread([this, &component] { component.SetParameterInt("under.way", 1); });
+    thread = std::thread([&component] { component.SetParameterInt("under.way", 1); });
     while (!inside) std::this_thread::yield();
   }
   // Whether the handler has answered.
