@@ -100,11 +100,11 @@ uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& par
   const auto* given = static_cast<const ZynImage*>(params.GetPointer("inputImageFormat"));
   if (HasSize(given)) {
     const ZynImage imageFormat = *given;  // it may be a record of the chain that goes
-    code = ZYN_ERR_FAILED;
     try {
       code = InitDisplay(&imageFormat);
     } catch (...) {
       // A parameter that cannot be read as a number, or host code that ran meanwhile.
+      code = ZYN_ERR_FAILED;
       std::unique_ptr<QTDProcessor> leaving;
       std::scoped_lock guard(viewLock, convertLock, handlerLock);
       leaving = FreeAll();
