@@ -5,6 +5,7 @@
 
 #include "QTD/display/MenuUse.h"
 #include "QTD/display/QTDDisplay.h"
+#include "QTD/screen/QTDScreen.h"
 #include "QTD/window/QTDViewer.h"
 
 namespace QTD {
@@ -36,9 +37,6 @@ constexpr Row kRows[] = {
     {Level::kSubmenu, QT_TR_NOOP("Image Center\t[C]"), &QTDDisplay::slotMenuCenterImage, State::kAlways},
     {Level::kSubmenu, QT_TR_NOOP("Here\t[double click]"), &QTDDisplay::slotMenuCenterHere, State::kAlways},
 };
-
-constexpr int kFitWhole = 1;
-constexpr int kFitFill = 2;
 
 void SetChecked(QAction& action, bool checked) {
   action.setCheckable(true);

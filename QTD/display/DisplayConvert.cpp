@@ -207,8 +207,7 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
   uint32_t code = ZYN_ERR_NOT_READY;
   {
     // Keeps the chain in place while the converter walks it.
-    std::lock_guard<std::recursive_mutex> guard(handlerLock);
-    const QTD::HostCodeUnderLocks scope;
+    const QTD::HostCodeLock guard(handlerLock);
     if (builds != request->build) {
       request->converter->Fail();
     } else {

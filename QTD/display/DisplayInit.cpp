@@ -179,16 +179,8 @@ bool QTDDisplay::PrepareViewer(bool opengl) {
   return true;
 }
 
+// `FreeAll` has run, and the three locks are held.
 bool QTDDisplay::BuildProcessor(const ZynImage* imageFormat) {
-  std::lock_guard<std::recursive_mutex> guard(handlerLock);
-  TakePictureAway();
-  ReleaseFormat();
-  processor.reset();
-  ++builds;
-  parameters.Set("processor", "0");
-  incoming.Free();
-  parameters.Set("surface", viewer->Parameters().GetString("surface", QTD::ToText(nullptr)));
-
   processor = std::make_unique<QTDProcessor>(this, parameters.GetInt("system.opengl") != 0);
   // A host may remove stages on any thread. The viewer lives longer than the chain that was built for it, or
   // is taken out of this handler.
@@ -259,7 +251,8 @@ void QTDDisplay::Uninitialize() {
 }
 
 // What `Uninitialize` frees; the three locks are held. The chain itself is handed out: its end runs code of
-// the host's stages, which may wait for another thread, so it goes when the locks have been given up.
+// the host's stages, which may wait for another thread, so it goes when the locks have been given up (all but
+// `handlerLock` where a walk of it ends).
 std::unique_ptr<QTDProcessor> QTDDisplay::FreeAll() {
   TakePictureAway();
   std::unique_ptr<QTDProcessor> leaving = std::move(processor);

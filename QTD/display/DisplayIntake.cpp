@@ -172,8 +172,7 @@ void QTDDisplay::slotCheckIncomingBuffer() {
   bool hasFrame = false;
   {
     QTD::ScopedFlag flag(checking);
-    std::lock_guard<std::recursive_mutex> guard(handlerLock);
-    const QTD::HostCodeUnderLocks scope;
+    const QTD::HostCodeLock guard(handlerLock);
     const uint32_t code = ProcessFront(&hasFrame);
     hasFrame = hasFrame && code == 0;
     if (hasFrame) {
@@ -292,8 +291,7 @@ void QTDDisplay::slotRebuildImage() {
   ZynImage* rebuilt = nullptr;
   bool done = false;
   {
-    std::lock_guard<std::recursive_mutex> guard(handlerLock);
-    const QTD::HostCodeUnderLocks scope;
+    const QTD::HostCodeLock guard(handlerLock);
     // As while a new frame is processed: hosts wait.
     std::lock_guard<std::recursive_mutex> swap(incoming.SwapLock());
     inputRate.Tick(true);

@@ -169,11 +169,11 @@ void QTDDisplay::CloseMenus() {
 }
 
 void QTDDisplay::slotMenuFitWindow() {
-  RunEntry(Key(), [this] { SetFit(1, true); });
+  RunEntry(Key(), [this] { SetFit(QTD::kFitWhole, true); });
 }
 
 void QTDDisplay::slotMenuFillWindow() {
-  RunEntry(Key(), [this] { SetFit(2, true); });
+  RunEntry(Key(), [this] { SetFit(QTD::kFitFill, true); });
 }
 
 void QTDDisplay::slotMenuZoom25() {

@@ -70,7 +70,14 @@ std::string QTDDisplay::AddRect(int x, int y, int width, int height, QTD::ARGUME
 
 bool QTDDisplay::DeleteObject(const std::string& id) {
   Guard guard(viewLock);
-  if (!HasPicture() || !Window()->Objects().remove(id)) return false;
+  return HasPicture() && RemoveObject(id);
+}
+
+// Asks for no picture: a line that is switched off goes also after a failed image.
+bool QTDDisplay::RemoveObject(const std::string& id) {
+  Guard guard(viewLock);
+  QTDWindow* window = Window();
+  if (!window || !window->Objects().remove(id)) return false;
   viewer->redraw();
   return true;
 }

@@ -42,13 +42,6 @@ uint32_t QTDDisplay::UpdateStatus() {
   return 1;
 }
 
-// Unlike `DeleteObject` it asks for no picture: a line that is switched off goes also after a failed image.
-void QTDDisplay::RemoveFixedObject(const char* id) {
-  std::lock_guard<std::recursive_mutex> guard(viewLock);
-  QTDWindow* window = Window();
-  if (window && window->Objects().remove(id)) viewer->redraw();
-}
-
 void QTDDisplay::ShowInfo() {
   std::lock_guard<std::recursive_mutex> guard(viewLock);
   const bool opengl = parameters.GetInt("system.opengl") == 1;

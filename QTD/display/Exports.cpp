@@ -25,14 +25,15 @@ bool IsOfClass(ZynComponent* component, const char* className) {
 // The object is told under a call that keeps it alive; of several threads that delete it, one does.
 void DeleteImplementation(ZynDisplay* display, bool checkClass) {
   ZynDisplayImpl* implementation = nullptr;
+  const void* controller = nullptr;
   {
     QTD::LiveCall call(QTD::LiveObjects::Displays(), display);
     if (!call || (checkClass && !IsOfClass(display->GetComponent(), "ZynDisplayImpl"))) return;
     implementation = static_cast<ZynDisplayImpl*>(display);
     implementation->Controller()->BeginClosing();
+    // Slots, stages and menu entries are inside the controller alone.
+    controller = static_cast<const ZynDisplayProcessor*>(implementation->Controller());
   }
-  // Slots, stages and menu entries are inside the controller alone.
-  const void* const controller = static_cast<const ZynDisplayProcessor*>(implementation->Controller());
   QTD::LiveObjects::Displays().Retire(
       display,
       [implementation] {

@@ -28,9 +28,9 @@ class TrackedMenu : public QMenu {
 // The menu at that address, or null when there is none (any more).
 QMenu* LivingMenu(const void* address);
 
-// Shows the menu and returns when it is closed. `closed` is called from the event loop after it has left the
-// screen: at the end of this call, or inside it when an entry handles events. A menu that is shown already is
-// not shown once more: the first call would never come back.
+// Shows the menu and returns when it is closed. `closed` is called from the event loop, once or more, after
+// it has left the screen: inside this call when an entry handles events, else soon after it. A menu that is
+// shown already is not shown once more: the first call would never come back.
 void ShowMenu(QMenu& menu, const std::function<void()>& closed);
 
 // Deletes the menu: at once, or, while it is shown or one of its entries runs, when Qt has left it; until

@@ -194,7 +194,7 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   uint32_t SendMessageByCommand(const char* name, QTD::ARGUMENTS* args);
   uint32_t UpdateStatus();  // 1 when the status line is switched on, and brought up to date
   void ShowInfo();
-  void RemoveFixedObject(const char* id);
+  bool RemoveObject(const std::string& id);
   void SetMenuScale(double scale);
   void CloseMenus();
   bool HasPicture() const;
@@ -222,13 +222,13 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   // Since when a check or a rebuild waits in the event queue, milliseconds; 0: none.
   std::atomic<int64_t> checkQueued{0};
   std::atomic<int64_t> rebuildQueued{0};
-  bool checking = false;                  // GUI thread: a check is on the stack
-  bool checkAgain = false;                // GUI thread: another one was asked for meanwhile
-  int walking = 0;                        // GUI thread: runs of the chain on the stack
+  bool checking = false;    // GUI thread: a check is on the stack
+  bool checkAgain = false;  // GUI thread: another one was asked for meanwhile
+  int walking = 0;  // runs of the chain on the GUI thread's stack; that thread holds `handlerLock` then
   bool viewerLost = false;                // GUI thread: the viewer went while the chain ran
   std::atomic<bool> initialising{false};  // an initialisation is on the GUI thread's stack
   std::atomic<uint32_t> builds{0};        // counts builds of the chain; changes with `processor`
-  std::atomic<int> preparing{0};          // threads that wait for `handlerLock` to prepare a converter
+  std::atomic<int> preparing{0};          // threads that found `handlerLock` taken and have no converter yet
 
   std::atomic<uint64_t> lastImageID{0};  // as in `format`, for readers without `handlerLock`
 

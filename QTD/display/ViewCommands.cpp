@@ -77,7 +77,7 @@ struct QTDDisplay::ViewCommands {
     if (Flip(display, "display.view.status")) {
       display.UpdateStatus();
     } else {
-      display.RemoveFixedObject("@status");
+      display.RemoveObject("@status");
     }
     return 1;
   }
@@ -86,7 +86,7 @@ struct QTDDisplay::ViewCommands {
     if (Flip(display, "display.view.info")) {
       display.ShowInfo();
     } else {
-      display.RemoveFixedObject("@info");
+      display.RemoveObject("@info");
     }
     return 1;
   }

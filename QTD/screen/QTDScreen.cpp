@@ -11,14 +11,13 @@
 #include "QTD/screen/ZoomLadder.h"
 
 using QTD::GuardedDivide;
+using QTD::kFitFill;
+using QTD::kFitFree;
+using QTD::kFitOneToOne;
+using QTD::kFitWhole;
 using QTD::ToText;
 
 namespace {
-
-constexpr int kFitFree = 0;
-constexpr int kFitWhole = 1;
-constexpr int kFitFill = 2;
-constexpr int kFitOneToOne = 3;
 
 // A guard only, that no sizes and no fraction reach: the second round always finds the fractions of the
 // first. A picture larger than the window has a gap on one side at most, and the fraction that closes it
@@ -187,7 +186,7 @@ void QTDScreen::takeSizes(const std::function<bool()>& store) {
 
 void QTDScreen::setFit(int mode, bool apply) {
   perform([&] {
-    const int held = std::clamp(mode, kFitFree, kFitOneToOne);
+    const int held = std::clamp<int>(mode, kFitFree, kFitOneToOne);
     properties.Set("fit", ToText(held));
     if (!isReady()) {
       // The window will open on the whole picture, centred, not on what was asked for before.

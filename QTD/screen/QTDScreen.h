@@ -17,6 +17,9 @@ namespace QTD {
 
 class CommandProcessor;
 
+// The modes of `setFit`.
+enum FitMode : int { kFitFree = 0, kFitWhole = 1, kFitFill = 2, kFitOneToOne = 3 };
+
 struct RectI {
   int32_t x = 0, y = 0, width = 0, height = 0;
 };

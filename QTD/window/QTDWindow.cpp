@@ -19,8 +19,6 @@ using QTD::ToText;
 
 namespace {
 
-constexpr int kOneToOne = 3;
-
 // Keys typed one after the other, and the command that they stand for.
 struct KeySequence {
   const char* typed;
@@ -127,7 +125,7 @@ bool QTDWindow::makeScreen(bool opengl) {
     std::lock_guard<std::recursive_mutex> painting(renderLock);
     screen = std::move(made);
   }
-  return created->init(this, 0, 0, kOneToOne);
+  return created->init(this, 0, 0, QTD::kFitOneToOne);
 }
 
 bool QTDWindow::close() {

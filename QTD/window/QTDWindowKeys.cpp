@@ -36,16 +36,11 @@ bool MoveBy(QTDScreen& screen) {
 }
 
 constexpr KeyRow kKeys[] = {
-    {Qt::Key_Plus, Zoom<true>, Counts::Zoom},
-    {Qt::Key_Minus, Zoom<false>, Counts::Zoom},
-    {Qt::Key_0, Fit<1>, Counts::Fit},  // the whole picture
-    {Qt::Key_1, Fit<3>, Counts::Fit},  // one to one
-    {Qt::Key_2, Fit<2>, Counts::Fit},  // fills the window
-    {Qt::Key_C, Center, Counts::Center},
-    {Qt::Key_Left, MoveBy<true, -1>, Counts::Center},
-    {Qt::Key_Up, MoveBy<false, -1>, Counts::Center},
-    {Qt::Key_Right, MoveBy<true, 1>, Counts::Center},
-    {Qt::Key_Down, MoveBy<false, 1>, Counts::Center},
+    {Qt::Key_Plus, Zoom<true>, Counts::Zoom},         {Qt::Key_Minus, Zoom<false>, Counts::Zoom},
+    {Qt::Key_0, Fit<QTD::kFitWhole>, Counts::Fit},    {Qt::Key_1, Fit<QTD::kFitOneToOne>, Counts::Fit},
+    {Qt::Key_2, Fit<QTD::kFitFill>, Counts::Fit},     {Qt::Key_C, Center, Counts::Center},
+    {Qt::Key_Left, MoveBy<true, -1>, Counts::Center}, {Qt::Key_Up, MoveBy<false, -1>, Counts::Center},
+    {Qt::Key_Right, MoveBy<true, 1>, Counts::Center}, {Qt::Key_Down, MoveBy<false, 1>, Counts::Center},
 };
 
 // Acts, and answers whether what counts for the key has changed. A zoom step against its limit counts: the
