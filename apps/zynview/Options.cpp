@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Actions.h"
-#include "PixelTable.h"
+#include "pixels/PixelTable.h"
+#include "view/KeyTable.h"
 
 namespace zynview {
 
@@ -14,25 +14,27 @@ namespace {
 
 constexpr char kDescription[] =
     "Shows live cameras, pictures, raw dumps or a test scene through ZynDisplayQt.\n"
-    "\n"
-    "Mouse:\n"
-    "  wheel        zoom\n"
-    "  left button  drag the picture; double click: centre here\n"
-    "  right button click: menu; drag: zoom into a rectangle, with Shift out of it, with Ctrl from its "
-    "centre\n"
-    "  pointing     the status bar tells the position, and the camera's own sample there\n"
-    "\n"
-    "Keys of the display:\n"
-    "  + -          zoom in, zoom out\n"
-    "  0 1 2        fit the picture, show it one to one, fill the window\n"
-    "  C, arrows    centre the picture, move it\n"
-    "\n"
-    "Keys of the viewer, and their entries in the menu:\n";
+    "\n";
 constexpr char kDescriptionEnd[] =
     "\n"
-    "Pictures and raw frames are saved in the current folder: the whole frame, in the format of the camera "
-    "or as "
-    "a PNG.";
+    "Files, folders and drops:\n"
+    "  Several files, or a folder, are played as a sequence with --rate; space, PageUp and PageDown stop it "
+    "and\n"
+    "  step through it. Files and folders can also be dropped on the window. W saves a raw frame as "
+    "NAME.raw\n"
+    "  with its description NAME.json; either of the two opens it again.\n"
+    "\n"
+    "Saving:\n"
+    "  P and W save the whole frame, as a PNG or in the format of the camera, in --folder; else in the "
+    "folder\n"
+    "  that was chosen in the File menu, else in the current one. No file is written over.\n"
+    "\n"
+    "Settings:\n"
+    "  The window's place, its docks, the folder, recent files and what is switched on are remembered, "
+    "except\n"
+    "  with --bare, --seconds or --no-settings. What the command line says comes first.\n"
+    "\n"
+    "Ends with 0; with 1 when --seconds is over and nothing was shown; with 2 when something is wrong.";
 
 struct Row {
   const char* name;
@@ -54,12 +56,20 @@ constexpr Row kRows[] = {
     {"seconds", "End after so many seconds.", "number"},
     {"save", "Save the window's picture at the end.", "file"},
     {"window", "Start with so many pixels for the picture, such as 640x480.", "WxH"},
-    {"bare", "Show no status bar.", nullptr},
+    {"convert",
+     "Show no window, and write every frame as a PNG file, with the colour options. OUT is a file, such as "
+     "out.png; several frames go into a folder OUT, or into out-000001.png and so on.",
+     "OUT"},
+    {"folder", "Save pictures and raw frames in this folder.", "folder"},
+    {"no-settings", "Neither read nor write the saved settings.", nullptr},
+    {"bare", "Show no menu bar and no status bar.", nullptr},
     {"opengl", "Process and draw with OpenGL instead of on the processor.", nullptr},
+    {"processor", "Process and draw on the processor, also where the settings say OpenGL.", nullptr},
     {"status", "Start with the display's status line, as S D does.", nullptr},
     {"info", "Start with the display's information text, as S I does.", nullptr},
     {"overlays", "Start with a frame, a label and a cross over the picture, as O does.", nullptr},
-    {"region", "The part of the picture that the overlays frame, such as 640x480+320+240.", "WxH+X+Y"},
+    {"region", "Mark this part of the picture, which the overlays frame as well, such as 640x480+320+240.",
+     "WxH+X+Y"},
     {"demosaicing", "Method for Bayer formats: 0 live, 1 bilinear, 2 better, 3 best.", "0..3"},
     {"gain", "Multiply red, green and blue; one number for all. Needs more than 8 bits.", "R,G,B"},
     {"offset", "Add to red, green and blue after the gain, as fractions of the range.", "R,G,B"},
@@ -137,25 +147,35 @@ bool ReadColor(const QCommandLineParser& parser, ColorSettings* color, QString* 
 
 bool ReadOptions(const QStringList& arguments, Options* options, QString* error) {
   QCommandLineParser parser;
-  parser.setApplicationDescription(QString::fromLatin1(kDescription) + ActionsHelp() +
+  parser.setApplicationDescription(QString::fromLatin1(kDescription) + KeysHelp() +
                                    QString::fromLatin1(kDescriptionEnd));
   parser.addHelpOption();
   parser.addVersionOption();
   parser.addPositionalArgument(
       QStringLiteral("file"),
-      QStringLiteral("A picture (PNG, PGM, ...), or a raw dump with --format and --size."),
-      QStringLiteral("[file]"));
+      QStringLiteral("Pictures (PNG, PGM, ...), raw frames with their descriptions, folders of them; or raw "
+                     "dumps with --format and --size."),
+      QStringLiteral("[file...]"));
   for (const Row& row : kRows) {
     QCommandLineOption option(QString::fromLatin1(row.name), QString::fromLatin1(row.help));
     if (row.value) option.setValueName(QString::fromLatin1(row.value));
     parser.addOption(option);
   }
-  parser.process(arguments);
+  if (!parser.parse(arguments)) {
+    *error = parser.errorText();
+    return false;
+  }
+  if (parser.isSet(QStringLiteral("help"))) parser.showHelp();
+  if (parser.isSet(QStringLiteral("version"))) parser.showVersion();
   const auto isSet = [&parser](const char* name) { return parser.isSet(QString::fromLatin1(name)); };
   const auto value = [&parser](const char* name) { return parser.value(QString::fromLatin1(name)); };
 
   options->camera = value("camera");
   options->save = value("save");
+  options->convert = value("convert");
+  options->folder = value("folder");
+  options->noSettings = isSet("no-settings");
+  options->processor = isSet("processor");
   options->bare = isSet("bare");
   options->opengl = isSet("opengl");
   options->statusLine = isSet("status");
@@ -190,11 +210,22 @@ bool ReadOptions(const QStringList& arguments, Options* options, QString* error)
   }
   options->pitch = static_cast<uint32_t>(std::min(pitch, 1e9));
 
-  const QStringList files = parser.positionalArguments();
-  if (!files.isEmpty()) {
-    options->file = files.first();
-    // A format and a size together say that the file is a raw dump.
+  options->files = parser.positionalArguments();
+  if (!options->files.isEmpty()) {
+    // A format and a size together say that the files are raw dumps.
     options->source = options->pixelType && !options->size.isEmpty() ? Options::Raw : Options::File;
+  }
+  if (!options->folder.isEmpty() && !QFileInfo(options->folder).isDir()) {
+    *error = QStringLiteral("--folder: %1 is no folder").arg(options->folder);
+    return false;
+  }
+  if (isSet("convert") && options->convert.isEmpty()) {
+    *error = QStringLiteral("--convert wants a file or a folder");
+    return false;
+  }
+  if (options->opengl && options->processor) {
+    *error = QStringLiteral("--opengl and --processor are one too many");
+    return false;
   }
   return true;
 }

@@ -2,39 +2,56 @@
 #include <QApplication>
 #include <QTextStream>
 #include <QTimer>
-#include <memory>
+#include <QWidget>
+#include <algorithm>
+#include <string_view>
 
-#include "CameraSource.h"
-#include "MainWindow.h"
+#include "Conversion.h"
 #include "Options.h"
-#include "StillSource.h"
+#include "sources/MakeSource.h"
+#include "view/MainWindow.h"
+#include "view/Settings.h"
 
 namespace {
-
-std::unique_ptr<zynview::FrameSource> MakeSource(const zynview::Options& options) {
-  using zynview::Options;
-  switch (options.source) {
-    case Options::File:
-      return std::make_unique<zynview::PictureSource>(options);
-    case Options::Raw:
-      return std::make_unique<zynview::RawSource>(options);
-    case Options::Scene:
-      return std::make_unique<zynview::SceneSource>(options);
-    case Options::Camera:
-    case Options::Simulator:
-      break;
-  }
-  return std::make_unique<zynview::CameraSource>(options);
-}
 
 int Fail(const QString& error) {
   QTextStream(stderr) << "zynview: " << error << '\n';
   return 2;
 }
 
+// What needs no window needs no screen either. This has to be known before there is an application.
+bool NeedsNoScreen(int argc, char** argv) {
+  return std::any_of(argv + std::min(argc, 1), argv + argc, [](const char* text) {
+    const std::string_view argument(text);
+    return argument == "-h" || argument == "-v" || argument == "--help" || argument == "--help-all" ||
+           argument == "--version" || argument == "--convert" || argument.substr(0, 10) == "--convert=";
+  });
+}
+
+int Convert(const zynview::Options& options) {
+  if (options.opengl) return Fail(QStringLiteral("--convert works on the processor alone"));
+  QTextStream messages(stderr);
+  QWidget parent;
+  ZynDisplayProcessor* display = ZynDisplayCPU::CreateComponent(&parent);
+  const int result = zynview::ConvertFrames(*zynview::MakeSource(options), display, options, messages);
+  ZynDisplayCPU::DeleteComponent(display);
+  return result;
+}
+
+// A run that ends by itself, or that shows the picture alone, leaves the user's settings as they are.
+zynview::Settings SettingsFor(const zynview::Options& options) {
+  return options.noSettings || options.bare || options.seconds > 0 ? zynview::Settings::None()
+                                                                   : zynview::Settings::OfUser();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (NeedsNoScreen(argc, argv)) qputenv("QT_QPA_PLATFORM", "offscreen");
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+  QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+  QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("zynview"));
   QApplication::setApplicationVersion(QStringLiteral(ZYNVIEW_VERSION));
@@ -42,10 +59,13 @@ int main(int argc, char** argv) {
   zynview::Options options;
   QString error;
   if (!zynview::ReadOptions(QApplication::arguments(), &options, &error)) return Fail(error);
+  if (!options.convert.isEmpty()) return Convert(options);
 
-  zynview::MainWindow window(options);
+  zynview::Settings settings = SettingsFor(options);
+  settings.Complete(&options);
+  zynview::MainWindow window(options, std::move(settings));
   window.show();
-  if (!window.Start(MakeSource(options), &error)) return Fail(error);
+  if (!window.Start(zynview::MakeSource(options), &error)) return Fail(error);
   if (options.seconds > 0) {
     QTimer::singleShot(static_cast<int>(options.seconds * 1000), &application,
                        [&window, &application] { application.exit(window.Finish() ? 0 : 1); });

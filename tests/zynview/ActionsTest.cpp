@@ -1,5 +1,5 @@
 // The table of the viewer's keys and menu entries.
-#include "apps/zynview/Actions.h"
+#include "apps/zynview/view/Actions.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,8 @@
 #include <set>
 #include <string>
 #include <utility>
+
+#include "apps/zynview/view/KeyTable.h"
 
 using zynview::Action;
 using zynview::ActionRow;
@@ -30,10 +32,18 @@ TEST(ViewerActions, are_found_by_their_keys) {
   EXPECT_EQ(FindAction(Qt::Key_X, false), nullptr);
 }
 
+TEST(ViewerActions, count_ctrl_always) {
+  EXPECT_EQ(FindAction(Qt::Key_O, false, true)->action, Action::OpenFiles);
+  EXPECT_EQ(FindAction(Qt::Key_O, true, true)->action, Action::OpenFolder);
+  EXPECT_EQ(FindAction(Qt::Key_O, false)->action, Action::Overlays);
+  EXPECT_EQ(FindAction(Qt::Key_K, false), nullptr);
+  EXPECT_EQ(FindAction(Qt::Key_P, false, true), nullptr);
+}
+
 TEST(ViewerActions, have_a_key_and_a_label_each_and_stand_in_the_help) {
   std::set<std::string> names, labels;
   std::set<Action> actions;
-  const QString help = zynview::ActionsHelp();
+  const QString help = zynview::KeysHelp();
   int count = 0;
   for (; const ActionRow* row = ActionRowAt(count); ++count) {
     names.insert(row->keyName);
@@ -42,7 +52,7 @@ TEST(ViewerActions, have_a_key_and_a_label_each_and_stand_in_the_help) {
     EXPECT_TRUE(help.contains(QString::fromLatin1(row->keyName))) << row->keyName;
     EXPECT_TRUE(help.contains(QString::fromLatin1(row->label))) << row->label;
     if (row->key != 0) {
-      EXPECT_EQ(FindAction(row->key, row->shift), row);
+      EXPECT_EQ(FindAction(row->key, row->shift, row->ctrl), row);
     }
   }
   EXPECT_GT(count, 0);

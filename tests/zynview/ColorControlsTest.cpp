@@ -1,5 +1,5 @@
 // The viewer's colour settings on the stages of a chain that records what it is told.
-#include "apps/zynview/ColorControls.h"
+#include "apps/zynview/view/ColorControls.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "ZynPixelFormat.h"
-#include "apps/zynview/FrameSource.h"
+#include "apps/zynview/sources/FrameSource.h"
 #include "zynview/FakeStages.h"
 
 using zynview::ColorControls;
@@ -212,4 +212,33 @@ TEST(ColorControls, does_nothing_on_a_display_without_a_chain) {
   EXPECT_NE(controls.MultiplyGain(2), QString());
   EXPECT_NE(controls.ToggleMarking(), QString());
   EXPECT_EQ(controls.Summary(), QString());
+}
+
+TEST(ColorControls, bring_in_again_what_fits_to_other_images) {
+  FakeDisplay display(ZYN_PIXEL_BAYERRG12);
+  ColorControls controls(&display);
+  ColorSettings wanted;
+  wanted.demosaicing = 2;
+  wanted.gain = {2, 2, 2};
+  wanted.markExposure = true;
+  ASSERT_EQ(controls.Start(wanted), QString());
+  EXPECT_EQ(controls.Adapt(), QString());
+  EXPECT_EQ(controls.Settings().demosaicing, 2);
+  EXPECT_EQ(controls.Settings().gain, wanted.gain);
+
+  // Eight bits: neither demosaicing nor gain, but marks.
+  display.correction.format = zynview::MakeRecord(ZYN_PIXEL_MONO8, 64, 48, 0, nullptr);
+  display.correction.format.bitDepth = 8;
+  display.hasBayer = false;
+  EXPECT_NE(controls.Adapt(), QString()) << "the gain is missing";
+  EXPECT_FALSE(controls.Settings().Corrects());
+  EXPECT_EQ(controls.Settings().demosaicing, 0);
+  EXPECT_TRUE(controls.Settings().markExposure);
+
+  display.correction.format = zynview::MakeRecord(ZYN_PIXEL_RGB12, 64, 48, 0, nullptr);
+  display.correction.format.bitDepth = 12;
+  display.hasBayer = true;
+  EXPECT_EQ(controls.Adapt(), QString()) << "nothing was forgotten meanwhile";
+  EXPECT_EQ(controls.Settings().demosaicing, 2);
+  EXPECT_EQ(controls.Settings().gain, wanted.gain);
 }

@@ -1,5 +1,5 @@
 // Numbers and pointers as texts.
-#include "apps/zynview/Commands.h"
+#include "apps/zynview/view/Commands.h"
 
 #include <gtest/gtest.h>
 
@@ -34,4 +34,23 @@ TEST(ViewerCommands, tell_whether_the_display_has_done_it) {
   display.answer = [](const std::string&, QTD::ARGUMENTS*) { return 0u; };
   EXPECT_FALSE(zynview::Run(&display, "cmd.display.view.status", {{"name", "value"}}));
   EXPECT_EQ(display.commands.back().second, (QTD::ARGUMENTS{{"name", "value"}}));
+}
+
+TEST(WindowToImage, is_what_the_display_answers) {
+  RecordingDisplay display;
+  display.answer = [](const std::string& name, QTD::ARGUMENTS* args) {
+    EXPECT_EQ(name, "cmd.display.view.translate");
+    EXPECT_EQ(std::stod(args->at("pos.x")), 12.5);
+    EXPECT_EQ(args->at("cs.src"), "win");
+    EXPECT_EQ(args->at("cs.dst"), "img");
+    *args = {{"pos.x", "3.25"}, {"pos.y", "-1.5"}, {"result", "0"}};
+    return 1u;
+  };
+  const auto point = zynview::WindowToImage(&display, 12.5, 7);
+  ASSERT_TRUE(point.has_value());
+  EXPECT_EQ(point->x, 3.25);
+  EXPECT_EQ(point->y, -1.5);
+  EXPECT_FALSE(point->isOnPicture);
+  display.answer = [](const std::string&, QTD::ARGUMENTS*) { return 0u; };
+  EXPECT_FALSE(zynview::WindowToImage(&display, 1, 1).has_value());
 }

@@ -8,7 +8,7 @@
 
 #include "ZynDisplay.h"
 #include "ZynPixelFormat.h"
-#include "apps/zynview/FrameSource.h"
+#include "apps/zynview/sources/FrameSource.h"
 
 // The parameters as text, integers alone.
 struct FakeComponent : ZynComponent {
@@ -107,7 +107,7 @@ class FakeDisplay : public ZynDisplayProcessor, private ZynImgProcessingChain {
   FakeCorrection correction;
   FakeStage<ZynDisplayQT::Image> unpacked;
   FakeColoration coloration;
-  bool empty = false;
+  bool empty = false, hasBayer = false;
   int rebuilds = 0;
 
   ZynImgProcessingChain* GetProcessor() override { return empty ? nullptr : this; }
@@ -121,8 +121,6 @@ class FakeDisplay : public ZynDisplayProcessor, private ZynImgProcessingChain {
   void Uninitialize() override {}
 
  private:
-  bool hasBayer = false;
-
   ZynImgProcessor* FindProcessor(const char* name) override {
     const std::string wanted(name);
     if (wanted == "bayer") return hasBayer ? &bayer : nullptr;

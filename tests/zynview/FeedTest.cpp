@@ -1,7 +1,9 @@
 // The frames' way from a source to the display, and their pause.
-#include "apps/zynview/Feed.h"
+#include "apps/zynview/sources/Feed.h"
 
 #include <gtest/gtest.h>
+
+#include <QCoreApplication>
 
 #include "zynview/RecordingDisplay.h"
 
@@ -74,6 +76,107 @@ TEST(ViewerFeed, keeps_no_frame_that_the_display_refuses) {
   EXPECT_EQ(feed.LastCode(), 0x80FF0008u);
   EXPECT_FALSE(feed.IsHolding());
   EXPECT_EQ(keeper.Serial(), 0u);
+}
+
+// A source that can be held: says what it is told.
+struct HeldSource : CountedSource {
+  using CountedSource::CountedSource;
+  bool CanHold() const override { return true; }
+  void Hold(bool on) override { holds.push_back(on); }
+  void Step(int frames) override { steps.push_back(frames); }
+  std::vector<bool> holds;
+  std::vector<int> steps;
+};
+
+TEST(ViewerFeed, lets_one_frame_of_a_live_source_pass_for_each_step) {
+  RecordingDisplay display;
+  FrameKeeper keeper;
+  Feed* running = nullptr;
+  Feed feed(std::make_unique<CountedSource>(9,
+                                            [&](uint64_t id) {
+                                              if (id == 2) running->Step(1);
+                                              if (id == 5) running->Step(1);
+                                              if (id == 7) running->Step(-1);
+                                            }),
+            &display, &keeper);
+  running = &feed;
+  feed.Start();
+  while (!feed.Ended()) std::this_thread::yield();
+  EXPECT_TRUE(feed.IsPaused()) << "the first step pauses";
+  EXPECT_EQ(display.shownIDs, (IDs{1, 2, 3, 6, 8}));
+}
+
+TEST(ViewerFeed, hands_pauses_and_steps_to_a_source_that_can_hold) {
+  RecordingDisplay display;
+  FrameKeeper keeper;
+  Feed* running = nullptr;
+  auto source = std::make_unique<HeldSource>(4, [&](uint64_t id) {
+    if (id == 1) running->Step(-1);
+    if (id == 2) running->Step(3);
+    if (id == 3) running->SetPaused(false);
+  });
+  HeldSource* held = source.get();
+  Feed feed(std::move(source), &display, &keeper);
+  running = &feed;
+  feed.Start();
+  while (!feed.Ended()) std::this_thread::yield();
+  EXPECT_EQ(held->holds, (std::vector<bool>{true, false}));
+  EXPECT_EQ(held->steps, (std::vector<int>{-1, 3}));
+  EXPECT_EQ(display.shownIDs, (IDs{1, 2, 3, 4})) << "what it delivers while it is held is wanted";
+  uint64_t kept = 0;
+  keeper.Look([&kept](const ZynImage& frame) { kept = frame.imageID; });
+  EXPECT_EQ(kept, 3u);
+}
+
+// Frames of the widths 2, 2, 3, 3, 2.
+struct ChangingSource : CountedSource {
+  ChangingSource() : CountedSource(5, [](uint64_t) {}) {}
+  void Run(const Sink& sink) override {
+    uint8_t pixels[3] = {};
+    uint64_t id = 0;
+    for (const uint32_t width : {2u, 2u, 3u, 3u, 2u}) {
+      ZynImage frame = zynview::MakeRecord(ZYN_PIXEL_MONO8, width, 1, 0, pixels);
+      frame.imageID = ++id;
+      if (!sink(frame)) return;
+    }
+  }
+};
+
+TEST(ViewerFeed, has_the_display_prepared_for_each_change_of_the_format) {
+  RecordingDisplay display;
+  FrameKeeper keeper;
+  std::vector<uint32_t> widths;
+  bool refuses = false;
+  Feed feed(std::make_unique<ChangingSource>(), &display, &keeper, [&](const ZynImage& format) {
+    widths.push_back(format.width);
+    return !refuses || format.width == 2;
+  });
+  feed.Start();
+  while (!feed.Ended()) QCoreApplication::processEvents();
+  EXPECT_EQ(widths, (std::vector<uint32_t>{3, 2}));
+  EXPECT_EQ(display.shownIDs, (IDs{1, 2, 3, 4, 5}));
+  refuses = true;
+  feed.Start();
+  while (!feed.Ended()) QCoreApplication::processEvents();
+  EXPECT_EQ(widths, (std::vector<uint32_t>{3, 2, 3, 2})) << "asked once for each change";
+  EXPECT_EQ(display.shownIDs, (IDs{1, 2, 3, 4, 5, 1, 2, 5}));
+  EXPECT_EQ(feed.Refused(), 2u);
+  EXPECT_EQ(feed.Delivered(), 3u) << "of this start alone";
+}
+
+TEST(ViewerFeed, stops_while_it_waits_for_the_display) {
+  RecordingDisplay display;
+  FrameKeeper keeper;
+  Feed feed(std::make_unique<ChangingSource>(), &display, &keeper, [](const ZynImage&) {
+    ADD_FAILURE() << "nobody waits any more";
+    return true;
+  });
+  feed.Start();
+  while (feed.Delivered() < 2) std::this_thread::yield();
+  feed.Stop();
+  EXPECT_TRUE(feed.Ended());
+  EXPECT_EQ(display.shownIDs, (IDs{1, 2}));
+  QCoreApplication::processEvents();
 }
 
 TEST(ViewerFeed, stops_in_mid_stream) {

@@ -1,5 +1,5 @@
 // Copies of camera frames for those who ask.
-#include "apps/zynview/FrameKeeper.h"
+#include "apps/zynview/sources/FrameKeeper.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "ZynPixelFormat.h"
-#include "apps/zynview/FrameSource.h"
+#include "apps/zynview/sources/FrameSource.h"
 
 using zynview::FrameKeeper;
 
@@ -77,6 +77,18 @@ TEST(FrameKeeper, a_wish_waits_for_a_frame_with_pixels) {
   EXPECT_EQ(keeper.Serial(), 0u);
   keeper.Offer(Frame(1).record);
   EXPECT_EQ(keeper.Serial(), 1u);
+}
+
+TEST(FrameKeeper, forgets_the_frames_of_another_source) {
+  FrameKeeper keeper;
+  keeper.Want();
+  keeper.Offer(Frame(1).record);
+  keeper.Forget();
+  EXPECT_FALSE(keeper.Look([](const ZynImage&) { FAIL(); }));
+  EXPECT_EQ(keeper.Serial(), 1u) << "who waits for a newer frame goes on waiting";
+  keeper.Want();
+  keeper.Offer(Frame(2).record);
+  EXPECT_TRUE(keeper.Look([](const ZynImage&) {}));
 }
 
 // Sizes change as well, so that a frame that is half another one would show.

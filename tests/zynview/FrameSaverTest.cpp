@@ -1,5 +1,5 @@
 // Frames and pictures in files.
-#include "apps/zynview/FrameSaver.h"
+#include "apps/zynview/sources/FrameSaver.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,9 @@
 #include <QImage>
 #include <QTemporaryDir>
 
-#include "zynview/RecordingDisplay.h"
+#include "ZynPixelFormat.h"
+#include "apps/zynview/sources/Sidecar.h"
+#include "zynview/ConvertingDisplay.h"
 
 using zynview::OwnFrame;
 
@@ -23,59 +25,80 @@ OwnFrame Padded() {
   return frame;
 }
 
-// Converts to RGB8: grey, from the first sample of each line.
-struct ConvertingDisplay : RecordingDisplay {
-  std::vector<uint32_t> codes;  // of the next conversions; none left: success
-  int conversions = 0, releases = 0;
-
-  void ReleaseConverter() override { ++releases; }
-  uint32_t ConvertImage(const ZynImage* input, ZynImage* output) override {
-    ++conversions;
-    EXPECT_EQ(output->pixelType, ZYN_PIXEL_RGB8);
-    EXPECT_GE(output->imageSize, output->linePitch * output->height);
-    if (!codes.empty()) {
-      const uint32_t code = codes.front();
-      codes.erase(codes.begin());
-      return code;
-    }
-    for (uint32_t y = 0; y < output->height; ++y) {
-      for (uint32_t i = 0; i < output->width * 3; ++i)
-        output->imageData[y * output->linePitch + i] = input->imageData[y * input->linePitch];
-    }
-    return 0;
-  }
-};
-
 }  // namespace
 
 TEST(FrameSaver, writes_a_raw_frame_without_its_padding) {
   const QTemporaryDir folder;
   QString name;
-  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), &name), QString());
+  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), QString(), &name), QString());
   EXPECT_EQ(name, QDir(folder.path()).filePath(QStringLiteral("zynview-000042-3x2-Mono8.raw")));
   QFile file(name);
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   EXPECT_EQ(file.readAll(), QByteArray("\0\1\2\4\5\6", 6));
 }
 
+TEST(FrameSaver, describes_a_raw_frame_in_its_sidecar) {
+  const QTemporaryDir folder;
+  OwnFrame frame = Padded();
+  frame.record.timestamp = 123456789012345678u;
+  frame.record.origin = 1;
+  QString name;
+  EXPECT_EQ(zynview::SaveRawFrame(frame, folder.path(), QStringLiteral("a camera"), &name), QString());
+  QFile file(folder.filePath(QStringLiteral("zynview-000042-3x2-Mono8.json")));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  zynview::Sidecar sidecar;
+  QString error;
+  ASSERT_TRUE(zynview::ReadSidecar(file.readAll(), &sidecar, &error)) << error.toStdString();
+  EXPECT_EQ(sidecar.pixelType, ZYN_PIXEL_MONO8);
+  EXPECT_EQ(sidecar.linePitch, 3u) << "of the file, which has no padding";
+  EXPECT_EQ(sidecar.FileBytes(), 6u);
+  EXPECT_EQ(sidecar.imageID, 42u);
+  EXPECT_EQ(sidecar.timestamp, 123456789012345678u);
+  EXPECT_EQ(sidecar.origin, 1u);
+  EXPECT_EQ(sidecar.source, QStringLiteral("a camera"));
+  EXPECT_FALSE(sidecar.date.isEmpty());
+}
+
+TEST(FrameSaver, leaves_a_lone_sidecar_alone) {
+  const QTemporaryDir folder;
+  QFile other(folder.filePath(QStringLiteral("zynview-000042-3x2-Mono8.json")));
+  ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+  other.close();
+  QString name;
+  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), QString(), &name), QString());
+  EXPECT_TRUE(name.endsWith(QStringLiteral("-2.raw")));
+  EXPECT_EQ(other.size(), 0);
+}
+
+TEST(FrameSaver, turns_a_picture_whose_first_line_is_the_bottom_one) {
+  ConvertingDisplay display;
+  display.origin = 1;
+  QImage picture;
+  EXPECT_EQ(zynview::MakeWholePicture(Padded(), &display, &picture), QString());
+  EXPECT_EQ(qRed(picture.pixel(0, 0)), 4);
+  EXPECT_EQ(qRed(picture.pixel(0, 1)), 0);
+}
+
 TEST(FrameSaver, never_writes_over_a_file) {
   const QTemporaryDir folder;
   QString first, second, third;
-  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), &first), QString());
-  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), &second), QString());
-  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), &third), QString());
+  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), QString(), &first), QString());
+  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), QString(), &second), QString());
+  EXPECT_EQ(zynview::SaveRawFrame(Padded(), folder.path(), QString(), &third), QString());
   EXPECT_TRUE(second.endsWith(QStringLiteral("zynview-000042-3x2-Mono8-2.raw")));
   EXPECT_TRUE(third.endsWith(QStringLiteral("-3.raw")));
-  EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3);
+  EXPECT_EQ(QDir(folder.path()).entryList({QStringLiteral("*.raw")}, QDir::Files).size(), 3);
+  EXPECT_EQ(QDir(folder.path()).entryList({QStringLiteral("*.json")}, QDir::Files).size(), 3);
 }
 
 TEST(FrameSaver, says_when_a_frame_cannot_be_written) {
   const QTemporaryDir folder;
   QString name;
-  EXPECT_NE(zynview::SaveRawFrame(Padded(), folder.filePath(QStringLiteral("missing")), &name), QString());
+  EXPECT_NE(zynview::SaveRawFrame(Padded(), folder.filePath(QStringLiteral("missing")), QString(), &name),
+            QString());
   OwnFrame cut = Padded();
   cut.pixels.resize(6);
-  EXPECT_NE(zynview::SaveRawFrame(cut, folder.path(), &name), QString());
+  EXPECT_NE(zynview::SaveRawFrame(cut, folder.path(), QString(), &name), QString());
   ConvertingDisplay display;
   EXPECT_NE(zynview::SaveWholePicture(Padded(), &display, folder.filePath(QStringLiteral("missing")), &name),
             QString());

@@ -1,5 +1,5 @@
 // What a display tells from its own threads, on the thread of the window.
-#include "apps/zynview/Notifications.h"
+#include "apps/zynview/view/Notifications.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "apps/zynview/Commands.h"
+#include "apps/zynview/view/Commands.h"
 #include "zynview/RecordingDisplay.h"
 
 using zynview::Notifications;

@@ -95,3 +95,37 @@ TEST(ViewerOptions, refuse_what_is_no_region) {
     EXPECT_FALSE(read.error.isEmpty()) << line;
   }
 }
+
+TEST(ViewerOptions, take_several_files_and_folders) {
+  const Read none("--scene");
+  EXPECT_TRUE(none.options.files.isEmpty());
+  const Read several("a.png b.raw folder --rate 5");
+  ASSERT_TRUE(several.good);
+  EXPECT_EQ(several.options.source, Options::File);
+  EXPECT_EQ(several.options.files,
+            (QStringList{QStringLiteral("a.png"), QStringLiteral("b.raw"), QStringLiteral("folder")}));
+  EXPECT_EQ(several.options.rate, 5);
+}
+
+TEST(ViewerOptions, refuse_what_they_do_not_know) {
+  const Read read("--scene --nonsense");
+  EXPECT_FALSE(read.good);
+  EXPECT_TRUE(read.error.contains(QStringLiteral("nonsense"))) << read.error.toStdString();
+  EXPECT_FALSE(Read("--gain").good) << "without its value";
+}
+
+TEST(ViewerOptions, take_places_for_pictures) {
+  const Read read("a.png --convert out.png --folder /tmp --no-settings");
+  ASSERT_TRUE(read.good);
+  EXPECT_EQ(read.options.convert, QStringLiteral("out.png"));
+  EXPECT_EQ(read.options.folder, QStringLiteral("/tmp"));
+  EXPECT_TRUE(read.options.noSettings);
+  EXPECT_FALSE(Read("--scene --folder /no/such/folder").good);
+  EXPECT_FALSE(Read("--scene --convert=").good);
+}
+
+TEST(ViewerOptions, take_one_variant_at_most) {
+  EXPECT_TRUE(Read("--scene --opengl").options.opengl);
+  EXPECT_TRUE(Read("--scene --processor").options.processor);
+  EXPECT_FALSE(Read("--scene --opengl --processor").good);
+}

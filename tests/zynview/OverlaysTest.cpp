@@ -1,11 +1,11 @@
 // The viewer's drawings over the picture, by the commands that the display gets.
-#include "apps/zynview/Overlays.h"
+#include "apps/zynview/view/Overlays.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "apps/zynview/Commands.h"
+#include "apps/zynview/view/Commands.h"
 #include "zynview/RecordingDisplay.h"
 
 using zynview::Overlays;

@@ -1,5 +1,5 @@
 // Pictures in the bytes of each pixel format.
-#include "apps/zynview/PixelEncoder.h"
+#include "apps/zynview/pixels/PixelEncoder.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <string>
 
 #include "ZynPixelFormat.h"
-#include "apps/zynview/FrameSource.h"
-#include "apps/zynview/PixelTable.h"
-#include "apps/zynview/Scene.h"
+#include "apps/zynview/pixels/PixelTable.h"
+#include "apps/zynview/sources/FrameSource.h"
+#include "apps/zynview/sources/Scene.h"
 #include "support/FlatScene.h"
 #include "support/TestData.h"
 

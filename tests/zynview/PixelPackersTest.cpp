@@ -1,5 +1,5 @@
 // Samples as the bytes of a line, against hand-made bytes and recorded ones.
-#include "apps/zynview/PixelPackers.h"
+#include "apps/zynview/pixels/PixelPackers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // What the status bar tells of the place under the mouse.
-#include "apps/zynview/PixelReadout.h"
+#include "apps/zynview/view/PixelReadout.h"
 
 #include <gtest/gtest.h>
 
@@ -85,4 +85,12 @@ TEST_F(PixelReadoutTest, is_the_place_alone_where_the_frame_has_no_such_pixel) {
   Keep(1);
   readout.MoveTo(0, 4 * 12);
   EXPECT_EQ(readout.Text(), QStringLiteral("x 10  y 32"));
+}
+
+TEST_F(PixelReadoutTest, has_a_place_only_on_the_picture) {
+  EXPECT_FALSE(readout.Place().has_value());
+  readout.MoveTo(4, 7);
+  EXPECT_EQ(readout.Place(), QPoint(11, 21));
+  readout.MoveTo(8, 0);
+  EXPECT_FALSE(readout.Place().has_value());
 }

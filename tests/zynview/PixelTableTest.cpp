@@ -1,5 +1,5 @@
 // The viewer's table of pixel formats.
-#include "apps/zynview/PixelTable.h"
+#include "apps/zynview/pixels/PixelTable.h"
 
 #include <gtest/gtest.h>
 

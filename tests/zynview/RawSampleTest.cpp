@@ -1,6 +1,6 @@
 // One pixel of a camera image, in every format, against samples that the test itself has put there bit by
 // bit.
-#include "apps/zynview/RawSample.h"
+#include "apps/zynview/pixels/RawSample.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "ZynPixelFormat.h"
-#include "apps/zynview/PixelTable.h"
+#include "apps/zynview/pixels/PixelTable.h"
 #include "support/FlatScene.h"
 
 using flat_scene::EndsWith;

@@ -1,0 +1,212 @@
+// How frames come into the window: sources are opened, shown instead of each other, and prepared for.
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QLabel>
+#include <QMimeData>
+#include <QStatusBar>
+#include <QTimer>
+#include <QUrl>
+
+#include "pixels/PixelTable.h"
+#include "sources/CameraControls.h"
+#include "sources/MakeSource.h"
+#include "view/CameraDock.h"
+#include "view/MainWindow.h"
+
+namespace zynview {
+
+namespace {
+
+constexpr int kStatusMilliseconds = 500;
+constexpr int kAgainMilliseconds = 20;
+
+// Sets a flag for as long as it lives.
+class Raised {
+ public:
+  explicit Raised(bool* raisedFlag) : flag(raisedFlag) { *flag = true; }
+  ~Raised() { *flag = false; }
+  Raised(const Raised&) = delete;
+  Raised& operator=(const Raised&) = delete;
+
+ private:
+  bool* flag;
+};
+
+QStringList LocalFiles(const QMimeData& data) {
+  QStringList files;
+  for (const QUrl& url : data.urls()) {
+    if (url.isLocalFile()) files << url.toLocalFile();
+  }
+  return files;
+}
+
+}  // namespace
+
+bool MainWindow::Start(std::unique_ptr<FrameSource> source, QString* error) {
+  if (!source->Open(error) || !Show(std::move(source), error)) return false;
+  for (const QString& file : options.files) settings.recent.Add(file);
+  return true;
+}
+
+// The source is open. No frame may come while the display is initialised for other ones.
+bool MainWindow::Show(std::unique_ptr<FrameSource> source, QString* error) {
+  const Raised raised(&isPreparing);
+  std::unique_ptr<Feed> before = std::move(feed);
+  cameraDock->SetControls(nullptr);
+  if (before) before->Stop();
+  bool good = Prepare(source->Format(), source->Description(), error);
+  if (good && !before) {
+    *error = colors.Start(options.color);
+    good = error->isEmpty();
+    if (good && settings.markExposure) Switch(Action::MarkExposure, true);
+  }
+  if (good) {
+    keeper.Forget();
+    keeper.Want();  // the only frame of a source that stands still
+    feed = std::make_unique<Feed>(std::move(source), display.get(), &keeper,
+                                  [this](const ZynImage& format) { return PrepareAgain(format); });
+  } else if (before) {
+    QString ignored;
+    Prepare(before->Source().Format(), before->Source().Description(), &ignored);
+    feed = std::move(before);
+  } else {
+    return false;
+  }
+  StartFeed();
+  return good;
+}
+
+void MainWindow::StartFeed() {
+  ShowColors(hasStarted ? colors.Adapt() : QString());
+  hasStarted = true;
+  notifications.shown = notifications.failed = 0;
+  lastDelivered = lastShown = 0;
+  feed->Start();
+  cameraDock->SetControls(feed->Source().Controls());
+  clock.start();
+  interval.start();
+  timer->start(kStatusMilliseconds);
+}
+
+// What is drawn over the picture stays on; at first it is what the options say.
+bool MainWindow::Prepare(const ZynImage& format, const QString& name, QString* error) {
+  const bool withStatus = hasStarted ? IsOnNow(Action::StatusLine) : options.statusLine;
+  const bool withInformation = hasStarted ? IsOnNow(Action::Information) : options.information;
+  const bool withOverlays = hasStarted ? overlays.AreShown() : options.overlays;
+  if (const uint32_t code = display->Initialize(&format)) {
+    *error = QStringLiteral("the display refuses format %1%2: code 0x%3")
+                 .arg(PixelNameOf(format.pixelType),
+                      options.opengl ? QStringLiteral(", or OpenGL cannot be had") : QString())
+                 .arg(code, 8, 16, QLatin1Char('0'));
+    return false;
+  }
+  ShowSource(format, name);
+  notifications.AskForMovements();
+  overlays.Start(format, name, options.region);
+  marker->SetPicture(format);
+  if (!hasStarted) marker->Mark(options.region);
+  Switch(Action::Overlays, withOverlays);
+  Switch(Action::StatusLine, withStatus);
+  Switch(Action::Information, withInformation);
+  return true;
+}
+
+// The feed waits meanwhile.
+bool MainWindow::PrepareAgain(const ZynImage& format) {
+  const Raised raised(&isPreparing);
+  QString error;
+  if (!Prepare(format, feed->Source().Description(), &error)) {
+    Complain(error);
+    return false;
+  }
+  ShowColors(colors.Adapt());
+  return true;
+}
+
+void MainWindow::ShowSource(const ZynImage& format, const QString& name) {
+  QString text = QStringLiteral("%1 — %2 %3 × %4")
+                     .arg(name, PixelNameOf(format.pixelType))
+                     .arg(format.width)
+                     .arg(format.height);
+  if (!colors.PicturesAreRead()) text += QStringLiteral(": passes the display unread, this is no picture");
+  sourceLabel->setText(text);
+  setWindowTitle(text);
+}
+
+void MainWindow::OpenFiles(const QStringList& paths) {
+  if (paths.isEmpty()) return;
+  Options wanted = options;
+  // A format and a size that were meant for another kind of source say nothing about files.
+  if (options.source != Options::File && options.source != Options::Raw) {
+    wanted.pixelType = 0;
+    wanted.size = QSize();
+    wanted.source = Options::File;
+  }
+  wanted.files = paths;
+  OpenLater(wanted);
+}
+
+void MainWindow::OpenCamera(const QString& id) {
+  Options wanted = options;
+  wanted.files.clear();
+  wanted.pixelType = 0;
+  wanted.camera = id;
+  wanted.source = id.isEmpty() ? Options::Simulator : Options::Camera;
+  OpenLater(wanted);
+}
+
+void MainWindow::OpenLater(const Options& wanted) {
+  Tell(QStringLiteral("opening ..."));
+  background.Do([this, wanted]() -> Background::Answer {
+    auto source = std::make_shared<std::unique_ptr<FrameSource>>(MakeSource(wanted));
+    QString problem;
+    if (!(*source)->Open(&problem) && problem.isEmpty()) problem = QStringLiteral("cannot be opened");
+    return [this, wanted, source, problem] { Opened(wanted, source, problem); };
+  });
+}
+
+void MainWindow::Opened(const Options& wanted, const std::shared_ptr<std::unique_ptr<FrameSource>>& source,
+                        const QString& problem) {
+  if (isPreparing || menuIsOpen) {
+    QTimer::singleShot(kAgainMilliseconds, this,
+                       [this, wanted, source, problem] { Opened(wanted, source, problem); });
+    return;
+  }
+  statusBar()->clearMessage();
+  QString error = problem;
+  if (!error.isEmpty() || !Show(std::move(*source), &error)) {
+    cameraDock->SetControls(feed ? feed->Source().Controls() : nullptr);
+    return Complain(error);
+  }
+  for (const QString& file : wanted.files) settings.recent.Add(file);
+  settings.Save();
+}
+
+void MainWindow::ChangePixelFormat(const QString& name) {
+  CameraControls* controls = feed ? feed->Source().Controls() : nullptr;
+  if (!controls || isPreparing) return;
+  const Raised raised(&isPreparing);
+  FrameSource& source = feed->Source();
+  const QString before = controls->PixelFormat();
+  feed->Stop();
+  QString error = controls->SetPixelFormat(name);
+  if (error.isEmpty() && !Prepare(source.Format(), source.Description(), &error)) {
+    QString ignored;
+    controls->SetPixelFormat(before);
+    Prepare(source.Format(), source.Description(), &ignored);
+  }
+  keeper.Forget();
+  StartFeed();
+  if (!error.isEmpty()) Complain(error);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!LocalFiles(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  event->acceptProposedAction();
+  OpenFiles(LocalFiles(*event->mimeData()));
+}
+
+}  // namespace zynview

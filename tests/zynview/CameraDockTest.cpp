@@ -1,0 +1,218 @@
+// The camera panel, with a camera that only remembers.
+#include "apps/zynview/view/CameraDock.h"
+
+#include <gtest/gtest.h>
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDoubleSpinBox>
+#include <QSlider>
+#include <QStandardItemModel>
+#include <QToolButton>
+#include <atomic>
+#include <cmath>
+
+#include "apps/zynview/view/FeatureControl.h"
+
+using zynview::Background;
+using zynview::CameraControls;
+using zynview::CameraDock;
+using zynview::CameraEntry;
+using zynview::FeatureControl;
+using zynview::FeatureScale;
+
+namespace {
+
+// Takes exposure times in steps of 10, and has no frame rate.
+struct FakeControls : CameraControls {
+  Range exposure{true, 10, 1e6, 1000}, gain{true, 0, 20, 5};
+  QString id = QStringLiteral("cam-2"), format = QStringLiteral("Mono12"), refusal;
+  std::vector<std::pair<Feature, double>> sets;
+  mutable int reads = 0;
+
+  QString ID() const override { return id; }
+  Range Read(Feature feature) const override {
+    ++reads;
+    return feature == Exposure ? exposure : feature == Gain ? gain : Range();
+  }
+  QString Set(Feature feature, double value) override {
+    sets.emplace_back(feature, value);
+    if (!refusal.isEmpty()) return refusal;
+    if (feature == Exposure) exposure.value = std::round(value / 10) * 10;
+    if (feature == Gain) gain.value = value;
+    return {};
+  }
+  QStringList PixelFormats() const override {
+    return {QStringLiteral("Mono8"), QStringLiteral("Mono12"), QStringLiteral("Coord3D_ABC32f")};
+  }
+  QString PixelFormat() const override { return format; }
+  QString SetPixelFormat(const QString&) override { return {}; }
+};
+
+struct Panel {
+  Panel() {
+    dock.onCamera = [this](const QString& id) { wantedCameras << id; };
+    dock.onFormat = [this](const QString& name) { wantedFormats << name; };
+    dock.onProblem = [this](const QString& problem) { problems << problem; };
+  }
+  void ShowWithCameras() {
+    dock.show();
+    while (searches == 0 || cameras->count() < 3) QCoreApplication::processEvents();
+  }
+  void Choose(QComboBox* list, int index) {
+    list->setCurrentIndex(index);
+    Q_EMIT list->activated(index);
+  }
+
+  std::atomic<int> searches{0};
+  Background background;
+  CameraDock dock{[this] {
+                    ++searches;
+                    return std::vector<CameraEntry>{{QStringLiteral("cam-1"), QStringLiteral("First")},
+                                                    {QStringLiteral("cam-2"), QStringLiteral("Second")}};
+                  },
+                  &background, nullptr};
+  QComboBox* cameras = dock.findChild<QComboBox*>(QStringLiteral("cameras"));
+  QComboBox* formats = dock.findChild<QComboBox*>(QStringLiteral("formats"));
+  QList<QDoubleSpinBox*> numbers = dock.findChildren<QDoubleSpinBox*>();
+  QList<QSlider*> sliders = dock.findChildren<QSlider*>();
+  QStringList wantedCameras, wantedFormats, problems;
+};
+
+}  // namespace
+
+TEST(CameraDock, lists_the_cameras_with_the_simulator_at_the_end) {
+  Panel panel;
+  EXPECT_EQ(panel.searches, 0) << "hidden panels look for nothing";
+  panel.ShowWithCameras();
+  ASSERT_EQ(panel.cameras->count(), 3);
+  EXPECT_EQ(panel.cameras->itemText(0), QStringLiteral("First"));
+  EXPECT_EQ(panel.cameras->itemText(2), QStringLiteral("Simulator"));
+  EXPECT_EQ(panel.cameras->currentIndex(), -1) << "none is open";
+  panel.dock.findChild<QToolButton*>()->click();
+  while (panel.searches < 2) QCoreApplication::processEvents();
+}
+
+TEST(CameraDock, asks_for_the_camera_that_is_chosen) {
+  Panel panel;
+  FakeControls camera;
+  panel.ShowWithCameras();
+  panel.dock.SetControls(&camera);
+  EXPECT_EQ(panel.cameras->currentIndex(), 1);
+  panel.Choose(panel.cameras, 2);
+  EXPECT_EQ(panel.wantedCameras, QStringList{QString()}) << "the simulator";
+  EXPECT_EQ(panel.cameras->currentIndex(), 1) << "the other one is not open yet";
+  panel.Choose(panel.cameras, 1);
+  EXPECT_EQ(panel.wantedCameras.size(), 1) << "it is open already";
+  panel.dock.SetControls(nullptr);
+}
+
+TEST(CameraDock, shows_limits_and_values_of_the_camera) {
+  Panel panel;
+  FakeControls camera;
+  panel.ShowWithCameras();
+  panel.dock.SetControls(&camera);
+  ASSERT_EQ(panel.numbers.size(), 3);
+  EXPECT_EQ(panel.numbers[CameraControls::Exposure]->value(), 1000);
+  EXPECT_EQ(panel.numbers[CameraControls::Exposure]->minimum(), 10);
+  EXPECT_EQ(panel.numbers[CameraControls::Exposure]->maximum(), 1e6);
+  // On a logarithmic scale of five decades 1000 stands behind the second one; on a linear one, 5 of 20.
+  EXPECT_EQ(panel.sliders[CameraControls::Exposure]->value(), 400);
+  EXPECT_EQ(panel.sliders[CameraControls::Gain]->value(), 250);
+  EXPECT_TRUE(panel.numbers[CameraControls::Gain]->isEnabled());
+  EXPECT_FALSE(panel.numbers[CameraControls::FrameRate]->isEnabled()) << "the camera has none";
+  EXPECT_TRUE(camera.sets.empty()) << "showing is not setting";
+  panel.dock.SetControls(nullptr);
+  EXPECT_FALSE(panel.numbers[CameraControls::Gain]->isEnabled());
+  EXPECT_FALSE(panel.formats->isEnabled());
+}
+
+TEST(CameraDock, sets_what_is_chosen_and_shows_what_the_camera_made_of_it) {
+  Panel panel;
+  FakeControls camera;
+  panel.ShowWithCameras();
+  panel.dock.SetControls(&camera);
+  panel.numbers[CameraControls::Exposure]->setValue(1234);
+  ASSERT_EQ(camera.sets.size(), 1u);
+  EXPECT_EQ(camera.sets[0], std::make_pair(CameraControls::Exposure, 1234.0));
+  EXPECT_EQ(panel.numbers[CameraControls::Exposure]->value(), 1230);
+  panel.sliders[CameraControls::Gain]->setValue(FeatureScale::kPlaces / 2);
+  ASSERT_EQ(camera.sets.size(), 2u);
+  EXPECT_EQ(camera.sets[1], std::make_pair(CameraControls::Gain, 10.0));
+  EXPECT_EQ(panel.numbers[CameraControls::Gain]->value(), 10);
+  camera.refusal = QStringLiteral("not now");
+  panel.numbers[CameraControls::Gain]->setValue(20);
+  EXPECT_EQ(panel.problems, QStringList{QStringLiteral("not now")});
+  EXPECT_EQ(panel.numbers[CameraControls::Gain]->value(), 10) << "as the camera still has it";
+  panel.dock.SetControls(nullptr);
+}
+
+TEST(CameraDock, offers_the_formats_of_the_camera_and_greys_unknown_ones) {
+  Panel panel;
+  FakeControls camera;
+  panel.ShowWithCameras();
+  panel.dock.SetControls(&camera);
+  ASSERT_EQ(panel.formats->count(), 3);
+  EXPECT_EQ(panel.formats->currentText(), QStringLiteral("Mono12"));
+  const auto* model = qobject_cast<QStandardItemModel*>(panel.formats->model());
+  EXPECT_TRUE(model->item(0)->isEnabled() && model->item(1)->isEnabled());
+  EXPECT_FALSE(model->item(2)->isEnabled());
+  panel.Choose(panel.formats, 0);
+  EXPECT_EQ(panel.wantedFormats, QStringList{QStringLiteral("Mono8")});
+  panel.Choose(panel.formats, 1);
+  EXPECT_EQ(panel.wantedFormats.size(), 1) << "it has this one already";
+  panel.dock.SetControls(nullptr);
+}
+
+TEST(CameraDock, leaves_the_camera_alone_while_it_is_hidden) {
+  Panel panel;
+  FakeControls camera;
+  panel.dock.SetControls(&camera);
+  EXPECT_EQ(camera.reads, 0);
+  panel.dock.show();
+  EXPECT_GT(camera.reads, 0);
+  panel.dock.SetControls(nullptr);
+}
+
+TEST(FeatureControl, takes_no_range_that_is_none) {
+  FeatureControl control(QString(), true, nullptr);
+  int chosen = 0;
+  control.onChosen = [&chosen](double) { ++chosen; };
+  for (const CameraControls::Range& range :
+       {CameraControls::Range{true, 5, 4, 4}, CameraControls::Range{true, NAN, 4, 4},
+        CameraControls::Range{true, 0, INFINITY, 4}, CameraControls::Range{false, 0, 4, 4}}) {
+    control.Show(range);
+    EXPECT_FALSE(control.isEnabled());
+  }
+  control.Show({true, 3, 3, 3});
+  EXPECT_TRUE(control.isEnabled());
+  EXPECT_EQ(chosen, 0);
+}
+
+TEST(FeatureScale, goes_by_factors_or_by_differences) {
+  const FeatureScale linear(-10, 10, false), logarithmic(1, 10000, true);
+  EXPECT_DOUBLE_EQ(linear.ValueAt(500), 0);
+  EXPECT_DOUBLE_EQ(linear.ValueAt(750), 5);
+  EXPECT_NEAR(logarithmic.ValueAt(250), 10, 1e-9);
+  EXPECT_NEAR(logarithmic.ValueAt(500), 100, 1e-9);
+  for (const FeatureScale& scale : {linear, logarithmic}) {
+    for (int place = 0; place <= FeatureScale::kPlaces; ++place)
+      EXPECT_EQ(scale.PlaceOf(scale.ValueAt(place)), place);
+  }
+}
+
+TEST(FeatureScale, reaches_both_ends_of_every_range) {
+  for (const auto& [least, most] :
+       {std::pair<double, double>{0, 1e7}, {-4, 4}, {-5, -1}, {0, 0}, {7, 7}, {1e-9, 1e9}, {5, 1}}) {
+    for (const bool logarithmic : {false, true}) {
+      const FeatureScale scale(least, most, logarithmic);
+      EXPECT_EQ(scale.ValueAt(0), least);
+      EXPECT_EQ(scale.ValueAt(FeatureScale::kPlaces), std::max(least, most));
+      EXPECT_EQ(scale.PlaceOf(least), 0);
+      for (int place = 0; place <= FeatureScale::kPlaces; ++place) {
+        EXPECT_TRUE(std::isfinite(scale.ValueAt(place)));
+        EXPECT_GE(scale.ValueAt(place), least);
+      }
+    }
+  }
+}

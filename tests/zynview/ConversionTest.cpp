@@ -1,0 +1,121 @@
+// Frames into picture files without a window.
+#include "apps/zynview/Conversion.h"
+
+#include <gtest/gtest.h>
+
+#include <QFileInfo>
+
+#include "ZynPixelFormat.h"
+#include "apps/zynview/sources/FileSource.h"
+#include "apps/zynview/sources/SceneSource.h"
+#include "zynview/ConvertingDisplay.h"
+#include "zynview/ViewerFiles.h"
+
+using zynview::FileSource;
+using zynview::Options;
+
+namespace {
+
+struct Conversion {
+  Conversion(zynview::FrameSource& source, const QString& out) {
+    Options options;
+    options.convert = out;
+    QTextStream stream(&messages);
+    code = zynview::ConvertFrames(source, &display, options, stream);
+  }
+  ConvertingDisplay display;
+  QString messages;
+  int code = -1;
+};
+
+int LevelOf(const QString& file) {
+  const QImage picture(file);
+  EXPECT_FALSE(picture.isNull()) << file.toStdString();
+  return picture.isNull() ? -1 : qRed(picture.pixel(0, 0));
+}
+
+}  // namespace
+
+TEST(Conversion, writes_one_frame_to_the_file) {
+  const ViewerFiles files;
+  FileSource source({files.Grey("in.pgm", 5, 4, 77)}, {}, 0);
+  const Conversion conversion(source, files.Path("out.png"));
+  EXPECT_EQ(conversion.code, 0);
+  EXPECT_EQ(conversion.messages, QString());
+  EXPECT_EQ(LevelOf(files.Path("out.png")), 77);
+  EXPECT_EQ(QImage(files.Path("out.png")).size(), QSize(5, 4));
+}
+
+TEST(Conversion, writes_several_frames_into_a_folder_or_with_numbers) {
+  const ViewerFiles files, out;
+  files.Grey("a.png", 5, 4, 10);
+  files.Grey("b.png", 6, 4, 20);
+  FileSource source({files.Path()}, {}, 0);
+  EXPECT_EQ(Conversion(source, out.Path("new/folder")).code, 0);
+  EXPECT_EQ(LevelOf(out.Path("new/folder/a.png")), 10);
+  EXPECT_EQ(LevelOf(out.Path("new/folder/b.png")), 20);
+  EXPECT_EQ(Conversion(source, out.Path("c.png")).code, 0);
+  EXPECT_EQ(LevelOf(out.Path("c-000001.png")), 10);
+  EXPECT_EQ(LevelOf(out.Path("c-000002.png")), 20);
+}
+
+TEST(Conversion, prepares_the_display_for_each_kind_of_frames) {
+  const ViewerFiles files, out;
+  files.Grey("1.png", 5, 4, 0);
+  files.Grey("2.png", 5, 4, 0);
+  files.Grey("3.png", 6, 4, 0);
+  FileSource source({files.Path()}, {}, 0);
+  const Conversion conversion(source, out.Path());
+  EXPECT_EQ(conversion.code, 0);
+  ASSERT_EQ(conversion.display.prepared.size(), 2u);
+  EXPECT_EQ(conversion.display.prepared[1].width, 6u);
+}
+
+TEST(Conversion, names_what_is_missing_and_goes_on) {
+  const ViewerFiles files, out;
+  const QString broken = files.Write("a.png", "broken");
+  files.Grey("b.png", 5, 4, 20);
+  FileSource source({files.Path()}, {}, 0);
+  const Conversion conversion(source, out.Path());
+  EXPECT_EQ(conversion.code, 2);
+  EXPECT_TRUE(conversion.messages.contains(broken)) << conversion.messages.toStdString();
+  EXPECT_EQ(LevelOf(out.Path("b.png")), 20);
+  FileSource missing({out.Path("nothing.png")}, {}, 0);
+  EXPECT_EQ(Conversion(missing, out.Path()).code, 2);
+  FileSource good({files.Path("b.png")}, {}, 0);
+  EXPECT_EQ(Conversion(good, files.Path("a.png/below.png")).code, 2) << "no folder can be there";
+}
+
+TEST(Conversion, does_not_write_over_what_it_reads) {
+  const ViewerFiles files;
+  files.Grey("a.png", 5, 4, 20);
+  FileSource source({files.Path()}, {}, 0);
+  EXPECT_EQ(Conversion(source, files.Path()).code, 2);
+  EXPECT_EQ(QImage(files.Path("a.png")).format(), QImage::Format_Grayscale8) << "as it was";
+}
+
+TEST(Conversion, refuses_when_the_display_does) {
+  const ViewerFiles files;
+  FileSource source({files.Grey("in.png", 5, 4, 77)}, {}, 0);
+  Options options;
+  options.convert = files.Path("out.png");
+  QString messages;
+  QTextStream stream(&messages);
+  ConvertingDisplay display;
+  display.initCode = 0x80FF0001;
+  EXPECT_EQ(zynview::ConvertFrames(source, &display, options, stream), 2);
+  EXPECT_TRUE(messages.contains(QStringLiteral("0x80ff0001")));
+  display.initCode = 0;
+  options.color.gain = {2, 2, 2};
+  EXPECT_EQ(zynview::ConvertFrames(source, &display, options, stream), 2) << "8 bits are not corrected";
+  EXPECT_FALSE(QFileInfo::exists(options.convert));
+}
+
+TEST(Conversion, takes_one_frame_of_a_scene) {
+  const ViewerFiles files;
+  Options options;
+  options.size = QSize(64, 48);
+  zynview::SceneSource source(options);
+  EXPECT_EQ(Conversion(source, files.Path("scene.png")).code, 0);
+  EXPECT_EQ(QImage(files.Path("scene.png")).size(), QSize(64, 48));
+}
