@@ -12,12 +12,13 @@
 #include "QTD/screen/DisplaySurface.h"
 #include "QTD/screen/SurfacePass.h"
 #include "cpu/stages/CPUIPImage.h"
+#include "gl/image/QGLImage.h"
 
 namespace {
 
 constexpr uint32_t kCodeMask = 0xFFFF;
 constexpr const char* kLastStage = "image.output";
-constexpr const char* kTurningStages[] = {"bayer", "image.overlay"};
+constexpr const char* kMosaicStage = "bayer";
 constexpr const char* kTextStage = "image.overlay";  // what follows it is for the window only
 
 bool SameSize(const ZynImage* image, const ZynImage* info) {
@@ -38,17 +39,13 @@ bool ReadGpu(ZynImgProcessor& stage) {
   return byItself != 0 || (component->ExecuteCommand("readGPU") & kCodeMask) == 0;
 }
 
-// Whether the stages of an OpenGL chain turn the picture upside down on its way to the last one.
-bool TurnsOnCard(QTDProcessor& chain) {
-  bool turned = false;
-  for (const char* const name : kTurningStages) {
-    ZynImgProcessor* const stage = chain.FindProcessor(name);
-    ZynComponent* const component = stage ? stage->GetComponent() : nullptr;
-    int64_t turns = 0;
-    if (component && component->GetParameterInt("image.flip.vert", &turns) == 0 && turns == 1)
-      turned = !turned;
-  }
-  return turned;
+// Whether a stage on the card has turned the picture upside down: by what its target was prepared with,
+// whatever its parameters say by now. The text stage turns what lies on the card already; what comes to it in
+// memory it takes line by line.
+bool HasTurned(const std::string& name, ZynImgProcessor& stage, bool cameOnCard) {
+  const bool turns = name == kMosaicStage || (name == kTextStage && cameOnCard);
+  QGLImage* const target = turns ? AttachedImage(stage.Out()) : nullptr;
+  return target && target->properties().GetInt("image.flip.vert") == 1;
 }
 
 }  // namespace
@@ -202,8 +199,8 @@ uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data)
       .Set("@out", QTD::ToText(static_cast<const void*>(output)))
       .Set("@data", QTD::ToText(static_cast<const void*>(data)));
   // Stages that run on the processor leave the lines of a bottom-up image in their order; on the card a stage
-  // turns them where the composition says so.
-  const bool bottomUp = IsBottomUp(*source) != (opengl ? TurnsOnCard(*chain) : marksTurned);
+  // turns them on the way.
+  bool bottomUp = IsBottomUp(*source) != (!opengl && marksTurned);
   const ZynImage* const picture = RunStages(*chain, source, data, opengl, bottomUp);
   if (!picture) return FailRun();
   if (Write(picture, bottomUp, output, data)) {
@@ -215,9 +212,10 @@ uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data)
   return 0;
 }
 
-// The walk up to the last stage that a conversion needs; null when a stage fails.
+// The walk up to the last stage that a conversion needs; null when a stage fails. `bottomUp` changes with
+// each turn on the card.
 const ZynImage* QTDConverter::RunStages(const QTDProcessor& chain, const ZynImage* source, void* data,
-                                        bool opengl, bool bottomUp) {
+                                        bool opengl, bool& bottomUp) {
   const StageList& stages = chain.Stages();
   const uint32_t removals = stages.Removals();
   const ZynImage* current = source;
@@ -232,10 +230,12 @@ const ZynImage* QTDConverter::RunStages(const QTDProcessor& chain, const ZynImag
       marked.origin = bottomUp ? 1 : 0;
       current = &marked;
     }
+    const bool onCard = opengl && AttachedTexture(current) != 0;
     if (stage->ProcessImage(current, nullptr, data) & kCodeMask) return nullptr;
     if (stages.Removals() != removals) return nullptr;  // the list has changed on the way
     // A stage that put others in front of itself has moved, and is not run again.
     if (stages.At(index) != stage) index = stages.PositionOf(stage);
+    if (opengl && HasTurned(stageName, *stage, onCard)) bottomUp = !bottomUp;
     if (const ZynImage* const result = stage->Out()) current = result;
     if (stageName == kLastStage) return opengl && !ReadGpu(*stage) ? nullptr : current;
   }

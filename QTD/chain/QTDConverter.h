@@ -63,7 +63,7 @@ class QTDConverter : public ZynImgProcessor,
   uint32_t Prepare(const ZynImage& source, const ZynImage* output);
   uint32_t Run(const ZynImage* source, ZynImage* output, void* data);
   const ZynImage* RunStages(const QTDProcessor& chain, const ZynImage* source, void* data, bool opengl,
-                            bool bottomUp);
+                            bool& bottomUp);
   bool Write(const ZynImage* picture, bool bottomUp, ZynImage* output, void* data);
   bool ArgumentsFit(const ZynImage* source, const ZynImage* output) const;
   ZynDisplayProcessor* Parent();

@@ -7,6 +7,7 @@
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/RateMeter.h"
 #include "QTD/frame/Text.h"
+#include "QTD/platform/Platform.h"
 #include "QTD/screen/DisplaySurface.h"
 #include "QTD/screen/SurfacePass.h"
 
@@ -24,12 +25,14 @@ QTDProcessor::QTDProcessor(ZynDisplayProcessor* owner, bool opengl)
       .Set("opengl", QTD::ToText(opengl))
       .Set("image.downscale", "0");
   QTD::LivePointers<QTDProcessor>::Instance().Add(this);
+  QTD::LivePointers<ZynComponent>::Instance().Add(this);  // for stages that ask their chain
   ZYN_TRACE(log, "QTDProcessor::QTDProcessor() <- EXIT");
 }
 
 QTDProcessor::~QTDProcessor() {
   EndParameterCalls();
   QTD::LivePointers<QTDProcessor>::Instance().Remove(this);
+  QTD::LivePointers<ZynComponent>::Instance().Remove(this);
   QTDProcessor::Release();
 }
 
@@ -72,7 +75,7 @@ uint32_t QTDProcessor::RemoveProcessor(const char* stageName) {
     // Taken out first: what the stage does while it is released meets a list without it.
     freed = Freeable({stages.Remove(stageName)});
   }
-  for (ZynImgProcessor* stage : freed) FreeStage(stage);
+  FreeStages(freed);
   return 0;
 }
 
@@ -102,6 +105,26 @@ void QTDProcessor::FreeStage(ZynImgProcessor* stage) noexcept {
   delete stage;
 }
 
+// A host's stage that draws on the card finds its context current there, as in a run: between `begin` and
+// `end` of the surface. That is on the GUI thread only; on others a stage is released without.
+void QTDProcessor::FreeStages(const std::vector<ZynImgProcessor*>& leaving) noexcept {
+  if (leaving.empty()) return;
+  const SurfacePass pass(SurfaceAtHand());
+  for (ZynImgProcessor* stage : leaving) FreeStage(stage);
+}
+
+QTDSurface* QTDProcessor::SurfaceAtHand() noexcept {
+  try {
+    const QTD::RMutexLock guard(lock);
+    const bool onCard = usesSurface && QTD::platform::OnGuiThread();
+    // A chain may outlive its display.
+    return onCard && QTD::LivePointers<ZynDisplayProcessor>::Instance().Find(display) ? GetSurface()
+                                                                                      : nullptr;
+  } catch (...) {
+    return nullptr;
+  }
+}
+
 // Which of the stages that have left the list may be freed now. During a walk none: they may be on the stack.
 std::vector<ZynImgProcessor*> QTDProcessor::Freeable(std::vector<ZynImgProcessor*> leaving) {
   if (walks == 0) return leaving;
@@ -118,7 +141,7 @@ QTDProcessor::Walk::~Walk() {
   std::vector<ZynImgProcessor*> freed;
   freed.swap(chain.left);
   guard.unlock();
-  for (ZynImgProcessor* stage : freed) FreeStage(stage);
+  chain.FreeStages(freed);
 }
 
 void QTDProcessor::Release() {
@@ -130,7 +153,7 @@ void QTDProcessor::Release() {
     stopFlag = 0;
     Reset();
   }
-  for (ZynImgProcessor* stage : freed) FreeStage(stage);
+  FreeStages(freed);
 }
 
 // What the chain knows of its images.

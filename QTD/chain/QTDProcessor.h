@@ -96,6 +96,8 @@ class QTDProcessor : public ZynImgProcessingChain,
   RunResult RunStages(QTDSurface* surface, const ZynImage* source, ZynImage* output, void* data);
   void LetGo();
   std::vector<ZynImgProcessor*> Freeable(std::vector<ZynImgProcessor*> leaving);
+  void FreeStages(const std::vector<ZynImgProcessor*>& leaving) noexcept;
+  QTDSurface* SurfaceAtHand() noexcept;
   uint32_t Fail(uint32_t code);  // stores the bare code, answers the composed one
 
   StageList stages;                     // guarded by the chain's lock

@@ -72,6 +72,7 @@ uint32_t QTDProcessor::initQGL(const ZynImage* source, const ZynImage* output) {
   QTDSurface* const surface = GetSurface();
   if (!surface) return ZYN_ERR_FAILED;
   const SurfacePass pass(surface);
+  if (!pass) return ZYN_ERR_FAILED;
   const auto append = [&](const auto& rows) {
     return AppendStages(*this, rows, std::size(rows), source, output);
   };

@@ -205,6 +205,7 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
   if (!request->state.compare_exchange_strong(queued, Conversion::kRunning)) return;
 
   uint32_t code = ZYN_ERR_NOT_READY;
+  bool lost = false;
   {
     // Keeps the chain in place while the converter walks it.
     const QTD::HostCodeLock guard(handlerLock);
@@ -220,7 +221,9 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
       if (state > QTDConverter::kSucceeded) code = ZYN_ERR_FAILED;
       code = EndWalk(code);
     }
+    lost = viewerLost;
   }
+  if (lost) CloseLost();
   lastError = code;
   request->code = code;
   request->state = Conversion::kDone;

@@ -166,6 +166,12 @@ bool QTDDisplay::PrepareViewer(bool opengl) {
     delete replaced;
     viewer = new QTDViewer(LivingWidget(parameters.GetPointer("system.parentWidget")), opengl);
     connect(viewer, &QTDViewer::signalClosing, this, &QTDDisplay::slotViewerClosing, Qt::DirectConnection);
+    // A host may delete the window alone, while commands are at it on other threads.
+    const auto forget = [this, lost = viewer] {
+      std::scoped_lock guard(viewLock, convertLock, handlerLock);
+      lost->ForgetWindow();
+    };
+    connect(viewer, &QTDViewer::signalWindowClosing, this, forget, Qt::DirectConnection);
     viewer->setMessenger(&messenger);
     viewer->setDisplay(this);
   }
@@ -251,10 +257,10 @@ void QTDDisplay::Uninitialize() {
 }
 
 // What `Uninitialize` frees; the three locks are held. The chain itself is handed out: its end runs code of
-// the host's stages, which may wait for another thread, so it goes when the locks have been given up (all but
-// `handlerLock` where a walk of it ends).
+// the host's stages, which may wait for another thread, so it goes when the locks have been given up.
 std::unique_ptr<QTDProcessor> QTDDisplay::FreeAll() {
   TakePictureAway();
+  viewerLost = false;
   std::unique_ptr<QTDProcessor> leaving = std::move(processor);
   if (leaving) leaving->SetStagesLeaving(nullptr);  // the viewer may go before it
   ++builds;

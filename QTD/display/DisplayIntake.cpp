@@ -169,7 +169,7 @@ void QTDDisplay::slotCheckIncomingBuffer() {
   }
   LetConverterIn();
   ZynImage* shown = nullptr;
-  bool hasFrame = false;
+  bool hasFrame = false, lost = false;
   {
     QTD::ScopedFlag flag(checking);
     const QTD::HostCodeLock guard(handlerLock);
@@ -181,7 +181,9 @@ void QTDDisplay::slotCheckIncomingBuffer() {
       shown = processor->Out();
       viewer->setImage(shown, true);
     }
+    lost = viewerLost;
   }
+  if (lost) CloseLost();
   const bool again = checkAgain;
   checkAgain = false;
   if (hasFrame) Q_EMIT signalImageProcessed(shown, false);
@@ -248,18 +250,18 @@ uint32_t QTDDisplay::WalkChain() {
   return EndWalk(processor->ProcessImage(format, nullptr, nullptr) & kCodeMask);
 }
 
-// The display of a viewer that went during the walk is closed now, and the walk has failed. `handlerLock` is
-// held.
+// A walk during which the viewer went has failed. `handlerLock` is held.
 uint32_t QTDDisplay::EndWalk(uint32_t code) {
   --walking;
-  if (!viewerLost) return code;
-  if (walking == 0) {
-    viewerLost = false;
-    std::unique_ptr<QTDProcessor> leaving;
-    std::scoped_lock guard(viewLock, convertLock, handlerLock);
-    leaving = FreeAll();
-  }
-  return ZYN_ERR_NOT_READY;
+  return viewerLost ? uint32_t{ZYN_ERR_NOT_READY} : code;
+}
+
+// Closes the display of a viewer that went during a walk, when that walk is over and whoever began it has
+// given the processing lock up: the host's stages end without it.
+void QTDDisplay::CloseLost() {
+  std::unique_ptr<QTDProcessor> leaving;
+  std::scoped_lock guard(viewLock, convertLock, handlerLock);
+  if (viewerLost && walking == 0) leaving = FreeAll();
 }
 
 void QTDDisplay::NotifyImage(uint32_t code) {
@@ -289,18 +291,20 @@ void QTDDisplay::slotRebuildImage() {
   if (!call) return;
   rebuildQueued = 0;
   ZynImage* rebuilt = nullptr;
-  bool done = false;
+  bool done = false, lost = false;
   {
     const QTD::HostCodeLock guard(handlerLock);
     // As while a new frame is processed: hosts wait.
     std::lock_guard<std::recursive_mutex> swap(incoming.SwapLock());
     inputRate.Tick(true);
-    if (format && format->imageData && processor) {
+    if (format && format->imageData && processor && !viewerLost) {
       const uint32_t code = WalkChain();
       lastError = code;
       done = code == 0;
       if (done) rebuilt = processor->Out();
     }
+    lost = viewerLost;
   }
+  if (lost) CloseLost();
   if (done) Q_EMIT signalImageProcessed(rebuilt, true);
 }

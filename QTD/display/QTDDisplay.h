@@ -171,6 +171,7 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   uint32_t RunChain();
   uint32_t WalkChain();
   uint32_t EndWalk(uint32_t code);
+  void CloseLost();
   void LetConverterIn();
   void NotifyImage(uint32_t code);
   bool CanProcess() const;
@@ -225,7 +226,7 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   bool checking = false;    // GUI thread: a check is on the stack
   bool checkAgain = false;  // GUI thread: another one was asked for meanwhile
   int walking = 0;  // runs of the chain on the GUI thread's stack; that thread holds `handlerLock` then
-  bool viewerLost = false;                // GUI thread: the viewer went while the chain ran
+  bool viewerLost = false;  // the viewer went while the chain ran; changes and is read as `viewer` is
   std::atomic<bool> initialising{false};  // an initialisation is on the GUI thread's stack
   std::atomic<uint32_t> builds{0};        // counts builds of the chain; changes with `processor`
   std::atomic<int> preparing{0};          // threads that found `handlerLock` taken and have no converter yet

@@ -54,21 +54,21 @@ PROPERTIES& PROPERTIES::Set(std::string name, std::string value, bool overwrite,
 }
 
 // A linear search on purpose: lists hold some dozens of items, and their order stays.
-std::vector<Property>::iterator PROPERTIES::Position(const std::string& name) {
+std::vector<Property>::iterator PROPERTIES::Position(std::string_view name) {
   return std::find_if(items.begin(), items.end(), [&](const Property& item) { return item.name == name; });
 }
 
-std::vector<Property>::iterator PROPERTIES::Find(std::string name) {
+std::vector<Property>::iterator PROPERTIES::Find(std::string_view name) {
   const Guard guard(lock);
   return Position(name);
 }
 
-bool PROPERTIES::Has(std::string name) {
+bool PROPERTIES::Has(std::string_view name) {
   const Guard guard(lock);
   return Position(name) != items.end();
 }
 
-bool PROPERTIES::Lookup(const std::string& name, std::string* value) {
+bool PROPERTIES::Lookup(std::string_view name, std::string* value) {
   const Guard guard(lock);
   const auto item = Position(name);
   if (item == items.end()) return false;
@@ -81,32 +81,33 @@ std::string PROPERTIES::NameAt(int index) {
   return IsIndexValid(index) ? items[static_cast<size_t>(index)].name : std::string();
 }
 
-std::string PROPERTIES::TextOf(const std::string& name, const std::string& fallback) {
+std::string PROPERTIES::TextOf(std::string_view name, std::string_view fallback) {
   std::string text;
-  return Lookup(name, &text) ? text : fallback;
+  if (!Lookup(name, &text)) text = fallback;
+  return text;
 }
 
-int PROPERTIES::GetInt(std::string name, std::string fallback) {
+int PROPERTIES::GetInt(std::string_view name, std::string_view fallback) {
   return ParseInt(TextOf(name, fallback));
 }
 
-int64_t PROPERTIES::GetInt64(std::string name, std::string fallback) {
+int64_t PROPERTIES::GetInt64(std::string_view name, std::string_view fallback) {
   return ParseInt64(TextOf(name, fallback));
 }
 
-bool PROPERTIES::GetBool(std::string name, std::string fallback) {
+bool PROPERTIES::GetBool(std::string_view name, std::string_view fallback) {
   return ParseBool(TextOf(name, fallback));
 }
 
-double PROPERTIES::GetDouble(std::string name, std::string fallback) {
+double PROPERTIES::GetDouble(std::string_view name, std::string_view fallback) {
   return ParseDouble(TextOf(name, fallback));
 }
 
-void* PROPERTIES::GetPointer(std::string name, std::string fallback) {
+void* PROPERTIES::GetPointer(std::string_view name, std::string_view fallback) {
   return ParsePointer(TextOf(name, fallback));
 }
 
-std::string PROPERTIES::GetString(std::string name, std::string fallback) {
+std::string PROPERTIES::GetString(std::string_view name, std::string_view fallback) {
   return ParseString(TextOf(name, fallback));
 }
 

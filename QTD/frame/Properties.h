@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ZynComponent.h"
@@ -30,23 +31,24 @@ class PROPERTIES {
   PROPERTIES& Set(std::string name, std::string value, bool overwrite = true, bool* stored = nullptr);
 
   // Position of the item, or end(). Good only while no other thread can append: hold `lock` or own the list.
-  std::vector<Property>::iterator Find(std::string name);
+  std::vector<Property>::iterator Find(std::string_view name);
   std::vector<Property>::iterator end() { return items.end(); }
-  bool Has(std::string name);
+  bool Has(std::string_view name);
   // The value, under the lock; false when there is no such item.
-  bool Lookup(const std::string& name, std::string* value);
+  bool Lookup(std::string_view name, std::string* value);
 
   int Count() const { return count; }  // takes no lock, may be out of date
   bool IsIndexValid(int index) const { return index >= 0 && index < Count(); }
   std::string NameAt(int index);
 
   // Reads. A present value is taken even when empty; an absent one gives `fallback`. Parsing: see Text.h.
-  int GetInt(std::string name, std::string fallback = "");
-  int64_t GetInt64(std::string name, std::string fallback = "");
-  bool GetBool(std::string name, std::string fallback = "");
-  double GetDouble(std::string name, std::string fallback = "");
-  void* GetPointer(std::string name, std::string fallback = "");
-  std::string GetString(std::string name, std::string fallback = "");
+  // Stages read for each picture: a name costs no memory, nor does a short value.
+  int GetInt(std::string_view name, std::string_view fallback = "");
+  int64_t GetInt64(std::string_view name, std::string_view fallback = "");
+  bool GetBool(std::string_view name, std::string_view fallback = "");
+  double GetDouble(std::string_view name, std::string_view fallback = "");
+  void* GetPointer(std::string_view name, std::string_view fallback = "");
+  std::string GetString(std::string_view name, std::string_view fallback = "");
 
   void Merge(PROPERTIES* other);                     // every pair of the other list, overwriting
   void ImportArguments(const ARGUMENTS& arguments);  // every pair of the map, overwriting
@@ -58,9 +60,9 @@ class PROPERTIES {
  private:
   std::vector<Property> Items() const;  // a copy, taken under the lock
   // With `lock` held: the position of `name`, and the update of `count` after the items changed.
-  std::vector<Property>::iterator Position(const std::string& name);
+  std::vector<Property>::iterator Position(std::string_view name);
   void Counted();
-  std::string TextOf(const std::string& name, const std::string& fallback);
+  std::string TextOf(std::string_view name, std::string_view fallback);
 
   std::vector<Property> items;        // guarded by `lock`
   std::atomic<int> count{0};          // their number, so that Count needs no lock

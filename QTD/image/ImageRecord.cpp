@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "QTD/image/HeldRecords.h"
 #include "QTD/image/PixelFormats.h"
 
 namespace QTD {
@@ -104,6 +105,7 @@ ZynImage* ImageCloneHeader(ZynImage* existing, const ZynImage* source) {
 
 ZynImage ImageCompleted(const ZynImage& record) {
   ZynImage completed = record;
+  completed.attachments = nullptr;  // nothing says that the blocks of a host's record are any, or still there
   const PixelRow* row = FindPixelRow(record.pixelType);
   if (!row) return completed;
   completed.structSize = kRecordSize;
@@ -123,9 +125,15 @@ void ImageFreeData(ZynImage* image) {
 }
 
 void ImageDelete(ZynImage*& image) {
-  ImageFreeData(image);
-  std::free(image);
+  ZynImage* const going = image;
   image = nullptr;
+  if (going == nullptr) return;
+  // First, since the last holder may let go at any moment; and not touched where there is none, since holders
+  // read the record meanwhile.
+  if (going->attachments != nullptr) FreeAttachments(going);
+  if (LeaveToHolders(going)) return;
+  ImageFreeData(going);
+  std::free(going);
 }
 
 bool ImageCopy(const ZynImage* source, ZynImage* target) {

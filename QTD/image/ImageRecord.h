@@ -26,7 +26,8 @@ ZynImage* ImageCreate(ZynImage* existing, uint32_t width, int32_t signedHeight, 
 ZynImage* ImageCloneHeader(ZynImage* existing, const ZynImage* source);
 
 // The record with what follows from its pixel code (depth, channels, storage bits, group) taken from the
-// table, for hosts that fill in the code alone. An unknown code leaves the record as it is.
+// table, for hosts that fill in the code alone, and without attachments: a host's record may be a copy of one
+// that has gone, or hold anything there. An unknown code leaves the rest as it is.
 ZynImage ImageCompleted(const ZynImage& record);
 
 // Frees the owned buffer and the attachments, a list of malloc blocks with the link to the next one at byte
@@ -34,7 +35,7 @@ ZynImage ImageCompleted(const ZynImage& record);
 void ImageFreeData(ZynImage* image);
 
 // Frees buffer, attachments and the record itself (one made by the functions above); null is ignored, the
-// pointer becomes null.
+// pointer becomes null. A record that is held (see HeldRecords.h) goes with its last holder.
 void ImageDelete(ZynImage*& image);
 
 // Copies pixels between records of equal, non-zero size; never beyond either `imageSize`. False when sizes

@@ -1,6 +1,7 @@
 #include "QTD/screen/QTDSurface.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 
 #include "QTD/frame/LivePointers.h"
@@ -17,9 +18,14 @@ int Plus(int a, int b) {
       std::clamp<int64_t>(sum, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
+uint64_t NextSerial() {
+  static std::atomic<uint64_t> last{0};
+  return ++last;
+}
+
 }  // namespace
 
-QTDSurface::QTDSurface() {
+QTDSurface::QTDSurface() : serial(NextSerial()) {
   defaults["line"] = ColorValue();
   defaults["fill"] = ColorValue();
   QTD::LivePointers<QTDSurface>::Instance().Add(this);

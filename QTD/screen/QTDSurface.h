@@ -62,6 +62,8 @@ class QTDSurface {
   virtual int checkError(const char* where, ...);
 
   QTD::SurfaceText* Text() const { return surfaceText.get(); }
+  // No other surface has or gets it, one in the same place neither. Any thread.
+  uint64_t Serial() const { return serial; }
 
   // `area` under its lock.
   QTD::RectD Area() const;
@@ -84,5 +86,6 @@ class QTDSurface {
   QTD::RMutex lock;  // for subclasses; the base takes no lock
 
  private:
+  const uint64_t serial;
   mutable std::mutex areaLock;  // guards `area` in Area and setArea
 };

@@ -4,19 +4,22 @@
 #include "QTD/screen/QTDSurface.h"
 
 // A surface that cannot be prepared is not ended either: the pass of another thread may be under way on it.
-// The stages report what then fails.
-SurfacePass::SurfacePass(QTDSurface* usedSurface) : surface(usedSurface) {
+SurfacePass::SurfacePass(QTDSurface* usedSurface) : surface(usedSurface), begun(!usedSurface) {
+  if (!surface) return;
+  serial = surface->Serial();
   try {
-    if (surface && !surface->begin(nullptr)) surface = nullptr;
+    begun = surface->begin(nullptr);
+    if (!begun) surface = nullptr;
   } catch (...) {
   }
 }
 
-// Code of the host's that ran meanwhile may have closed the window that the surface belongs to.
+// Code of the host's that ran meanwhile may have closed the window that the surface belongs to, and another
+// one may have got its place.
 SurfacePass::~SurfacePass() {
   try {
     QTDSurface* const living = QTD::LivePointers<QTDSurface>::Instance().Find(surface);
-    if (living) living->end(nullptr, false);
+    if (living && living->Serial() == serial) living->end(nullptr, false);
   } catch (...) {
   }
 }

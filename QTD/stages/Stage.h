@@ -41,10 +41,11 @@ class Stage : public Interface, public ImageProcessorData, public ComponentImpl 
     return Compose(code);
   }
 
+  // "image.flip.vert" as the shaders take it, for which 1 alone turns: any number but 0 does.
+  bool Flip() { return parameters.GetBool("image.flip.vert", "0"); }
+
   // Whether the result is marked bottom-up: the source's mark, turned by "image.flip.vert". No line is moved.
-  bool IsFlipped(const ZynImage& source) {
-    return (source.origin == 1) != parameters.GetBool("image.flip.vert", "0");
-  }
+  bool IsFlipped(const ZynImage& source) { return (source.origin == 1) != Flip(); }
 };
 
 }  // namespace QTD

@@ -33,9 +33,7 @@ QTDViewer::QTDViewer(QWidget* parentWidget, bool opengl) : QWidget(parentWidget)
   layOut(parentWidget);
   if (!made) return;
 
-  if (window->open()) {
-    note("surface", ToText(static_cast<const void*>(window->Surface())));
-  } else {
+  if (!window->open()) {
     delete container.data();  // and the window with it
     lastError = kNotReady;
   }
@@ -82,15 +80,33 @@ bool QTDViewer::makeWindow(bool opengl) {
   }
   container->setFocusPolicy(Qt::StrongFocus);
   container->installEventFilter(this);
-  connect(window, &QTDWindow::signalClosing, this, &QTDViewer::dropContainer);
+  connect(window, &QTDWindow::signalClosing, this, &QTDViewer::loseWindow);
+  connect(window, &QTDWindow::signalClosed, this, &QTDViewer::dropContainer);
+  connect(window, &QTDWindow::signalSurfaceChanged, this, &QTDViewer::noteSurface);
   window->setScrollBars(horzBar, vertBar);
   return true;
+}
+
+// The window is about to go. Threads that are inside it come out before.
+void QTDViewer::loseWindow() {
+  if (window) Q_EMIT signalWindowClosing();
+  ForgetWindow();
+}
+
+void QTDViewer::ForgetWindow() {
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  window = nullptr;
+}
+
+// A window may be closed and opened again; each opening makes a surface.
+void QTDViewer::noteSurface() {
+  const QTDSurface* const surface = window ? window->Surface() : nullptr;
+  if (surface || properties.Has("surface")) note("surface", ToText(static_cast<const void*>(surface)));
 }
 
 // The window is being deleted. Qt's container does not bear to be moved without one, so it leaves at
 // once.
 void QTDViewer::dropContainer() {
-  if (properties.Has("surface")) note("surface", ToText(nullptr));
   if (!container) return;
   container->setParent(nullptr);
   container->deleteLater();

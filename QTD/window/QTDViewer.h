@@ -44,7 +44,7 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
   // thread.
   virtual uint32_t attachProcessor(const ZynImage* format, ZynImgProcessingChain* processor);
   virtual uint32_t releaseImages();
-  // Shows the picture with the next painting. Not owned: set null before it goes. Any thread.
+  // Shows the picture with the next painting; held as the window does. Any thread.
   virtual void setImage(const ZynImage* picture, bool forceUpdate);
   virtual uint32_t attachGL(const ZynImage* format, ZynImgProcessingChain* processor);
   virtual uint32_t attachCPU(const ZynImage* format, ZynImgProcessingChain* processor);
@@ -55,6 +55,8 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
   void redraw();
 
   QTDWindow* Window() const;  // null when it could not be made, or was deleted
+  // Whoever uses the window under a lock of their own calls it with that held, when the window closes.
+  void ForgetWindow();
   uint32_t LastError() const { return lastError; }
   bool IsOpenGL();
   // "system.opengl", "system.parentWidget" and, once the window is open, "surface" stand in the component's
@@ -63,6 +65,8 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
  Q_SIGNALS:
   // The viewer is on its way out; window and picture still exist.
   void signalClosing();
+  // The host deletes the window itself. It still exists, until `ForgetWindow` or the end of this signal.
+  void signalWindowClosing();
 
  public Q_SLOTS:
   void slotDisplayImage(ZynImage* picture, bool forceUpdate);
@@ -92,7 +96,9 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
   void makeBars();
   bool makeWindow(bool opengl);
   void layOut(QWidget* parentWidget);
+  void loseWindow();
   void dropContainer();
+  void noteSurface();
   void scroll(int x, int y);
   uint32_t finish(uint32_t code);
   void note(const char* name, const std::string& value);

@@ -76,6 +76,7 @@ uint32_t QTDViewer::attachGL(const ZynImage* format, ZynImgProcessingChain* proc
   if (!chain || chain->GetParameterInt("flip", &flip) != 0) flip = 0;
 
   const SurfacePass pass(window->Surface());
+  if (!pass) return finish(kNotReady);
   releaseImages();
   stageSource = MakeRecord(*source, source->pixelType);
   stageOutput = MakeRecord(*source, source->bitDepth == kByteDepth ? ZYN_PIXEL_RGB8 : ZYN_PIXEL_RGB16);

@@ -1,6 +1,7 @@
 #include "QTD/window/QTDWindow.h"
 
 #include <QCursor>
+#include <QScreen>
 #include <QScrollBar>
 #include <QThread>
 #include <QWidget>
@@ -42,19 +43,21 @@ QTDWindow::QTDWindow(QWidget* parentWidget, bool opengl) : parent(parentWidget) 
   parameters.Set("class", "QTDWindow");
   parameters.Set("parent", ToText(static_cast<const void*>(parentWidget)));
   parameters.Set("opengl", ToText(opengl));
+  connect(this, &QWindow::screenChanged, this, &QTDWindow::followScreen);
 }
 
 QTDWindow::~QTDWindow() {
   EndParameterCalls();
   // A window on its way out tells the host nothing: what the host then deleted might be on its way out, too.
   messenger = nullptr;
+  Q_EMIT signalClosing();
   try {
     QTDWindow::focusLost();
     QTDWindow::close();
   } catch (...) {
     // A lock that fails; nothing leaves a destructor.
   }
-  Q_EMIT signalClosing();
+  Q_EMIT signalClosed();
 }
 
 bool QTDWindow::open() {
@@ -94,6 +97,7 @@ bool QTDWindow::open() {
   }
   if (pictureSize.isValid()) screen->setImageSize(pictureSize.width(), pictureSize.height());
   Execute("view.changed", nullptr);
+  Q_EMIT signalSurfaceChanged();
   return true;
 }
 
@@ -129,6 +133,12 @@ bool QTDWindow::makeScreen(bool opengl) {
 }
 
 bool QTDWindow::close() {
+  dropSurface();
+  Q_EMIT signalSurfaceChanged();
+  return true;
+}
+
+void QTDWindow::dropSurface() {
   std::lock_guard<std::recursive_mutex> input(inputLock);
   std::lock_guard<std::recursive_mutex> painting(renderLock);
   {
@@ -144,7 +154,6 @@ bool QTDWindow::close() {
   screen.reset();
   surface.reset();
   parameters.Set("surface", ToText(nullptr));
-  return true;
 }
 
 bool QTDWindow::isOpen() {
@@ -168,12 +177,14 @@ void QTDWindow::setImage(const ZynImage* picture, bool refresh) {
 }
 
 void QTDWindow::replaceImage(const ZynImage* picture) {
+  QTD::RecordHold hold(picture);  // in the end, with no lock held, the former one's
   std::lock_guard<std::recursive_mutex> painting(renderLock);
   // At once, since texts may be laid out before the next painting.
   const bool shows = picture && picture->width > 0 && picture->height > 0 && picture->imageData;
   drawObjects.setImage(shows ? picture : nullptr);
-  std::lock_guard<std::mutex> hold(imageLock);
+  std::lock_guard<std::mutex> guard(imageLock);
   image = picture;
+  imageHold.Swap(hold);
   imageID = picture ? picture->imageID : 0;
 }
 
@@ -185,6 +196,17 @@ void QTDWindow::resize(int width, int height) {
   drawObjects.setSurface(surface.get());
   drawObjects.setViewport(0, 0, width, height);
   followView();
+}
+
+// On a screen of another density the same size is another number of device pixels, and no resize event tells
+// of it.
+void QTDWindow::followScreen() {
+  try {
+    resize(width(), height());
+    update();
+  } catch (...) {
+    // An attribute of the screen that cannot be read; nothing may leave a handler.
+  }
 }
 
 bool QTDWindow::onGuiThread() const {

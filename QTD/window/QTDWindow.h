@@ -13,6 +13,7 @@
 
 #include "QTD/frame/CommandProcessor.h"
 #include "QTD/frame/ComponentImpl.h"
+#include "QTD/image/HeldRecords.h"
 #include "QTD/screen/DrawObjects.h"
 #include "QTD/screen/QTDScreen.h"
 #include "QTD/screen/QTDSurface.h"
@@ -49,8 +50,8 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   virtual bool hasImage();  // any thread
   virtual void render();    // paints once; GUI thread (from another one it posts an update request)
   virtual void update();    // posts an update request; any thread
-  // The picture is not owned: take it away (null) before it goes. Any thread; waits for a painting that is
-  // under way.
+  // The picture is not owned but held: a record that goes by `ImageDelete` may do so at any time, another one
+  // is taken away (null) before. Any thread; waits for a painting that is under way.
   virtual void setImage(const ZynImage* picture, bool refresh);
   virtual void resize(int width, int height);  // tells screen and overlays; any thread
   virtual QPoint cursorPos(bool global);       // GUI thread
@@ -92,7 +93,11 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   QTD::DrawObjects& Objects() { return drawObjects; }
 
  Q_SIGNALS:
-  void signalClosing();  // the window is on its way out
+  // The window is on its way out, but still whole: who uses it on another thread, or holds what lies on its
+  // surface, lets go of it here.
+  void signalClosing();
+  void signalClosed();          // nothing of it is left but the QWindow
+  void signalSurfaceChanged();  // after `open` and `close`: `Surface` is another one, or none
 
  protected:
   bool event(QEvent* event) override;
@@ -113,8 +118,9 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   std::unique_ptr<QTDSurface> surface;
   std::unique_ptr<QTDScreen> screen;
   std::unique_ptr<QTDZoom> zoom;
-  const ZynImage* image = nullptr;  // not owned; written under `renderLock` and `imageLock`
-  bool failed = false;              // `open` did not succeed
+  const ZynImage* image = nullptr;  // written under `renderLock` and `imageLock`, as what holds it
+  QTD::RecordHold imageHold;
+  bool failed = false;  // `open` did not succeed
   QTD::DrawObjects drawObjects;
   QPointer<QWidget> parent;  // the viewer widget
   std::vector<QTDInput*> handlers;
@@ -136,6 +142,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   bool onGuiThread() const;
   bool makeSurface(bool opengl);
   bool makeScreen(bool opengl);
+  void dropSurface();
   void replaceImage(const ZynImage* picture);
 
   // Events: asks the handlers in order until one has handled the event.
@@ -164,6 +171,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   void moveObject(const std::string& id, QTD::PROPERTIES& object);
   void syncBar(QScrollBar* bar, int position, int range, int page);
   void noteGeometry();
+  void followScreen();
 
   mutable std::mutex
       imageLock;  // guards the pointer `image` and what it points at; nothing is locked while it is held

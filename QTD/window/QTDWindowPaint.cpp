@@ -21,7 +21,12 @@ class PaintPass {
   PaintPass(QTDScreen& target, QTD::PROPERTIES& properties) : screen(target), list(properties) {
     screen.begin(&list);  // what fails is told by what is drawn
   }
-  ~PaintPass() { screen.end(&list, true); }
+  ~PaintPass() {
+    try {
+      screen.end(&list, true);
+    } catch (...) {  // an attribute that cannot be read
+    }
+  }
   PaintPass(const PaintPass&) = delete;
   PaintPass& operator=(const PaintPass&) = delete;
 

@@ -1,12 +1,9 @@
 #include "cpu/stages/CPUIPExposureColoration.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <limits>
-#include <mutex>
 #include <stdexcept>
-#include <thread>
 
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Logging.h"
@@ -32,54 +29,6 @@ constexpr uint32_t kPictureBits = 24;
 constexpr uint32_t kPictureBytes = 3;
 constexpr uint32_t kByteDepth = 8;
 constexpr uint32_t kMostDepth = 16;
-constexpr std::chrono::microseconds kTurn{50};
-
-}  // namespace
-
-// The chain's stage of unmarked values, found anew for every use. While this lives no stage leaves the chain:
-// its lock is held, and so is taken before any stage's. Whoever waits for it when this coloration leaves goes
-// on without a stage, and the coloration's end waits for them.
-class CPUIPExposureColoration::UnpackedStage {
- public:
-  explicit UnpackedStage(CPUIPExposureColoration& asking)
-      : coloration(asking), chain(dynamic_cast<ZynImgProcessingChain*>(asking.parent)) {
-    ++coloration.calls;
-    try {
-      if (chain && Lock()) stage = chain->FindProcessor("image.unpacked");
-    } catch (...) {  // a host's chain
-    }
-    // A coloration under that name has no values of its own, and may be the very one that asks.
-    if (dynamic_cast<ZynDisplayQT::ExposureColoration*>(stage)) stage = nullptr;
-  }
-  ~UnpackedStage() {
-    if (guard.owns_lock()) guard.unlock();
-    --coloration.calls;  // from here on the coloration may be gone
-  }
-  UnpackedStage(const UnpackedStage&) = delete;
-  UnpackedStage& operator=(const UnpackedStage&) = delete;
-
-  ZynImgProcessor* Stage() const { return stage; }
-
- private:
-  // False when the coloration leaves. A host's own chain may have no lock.
-  bool Lock() {
-    auto* const data = dynamic_cast<QTD::ImageProcessorData*>(chain);
-    if (!data) return true;
-    guard = std::unique_lock<std::recursive_mutex>(data->OperationLock().mutex, std::defer_lock);
-    while (!guard.try_lock()) {
-      if (coloration.leaving) return false;
-      std::this_thread::sleep_for(kTurn);
-    }
-    return true;
-  }
-
-  CPUIPExposureColoration& coloration;
-  ZynImgProcessingChain* chain;
-  std::unique_lock<std::recursive_mutex> guard;
-  ZynImgProcessor* stage = nullptr;
-};
-
-namespace {
 
 // Correction and overlay work in place, on the very image that "image.unpacked" gave: it keeps a copy aside.
 void KeepValues(ZynImgProcessor* unpacked, bool on) {
@@ -114,11 +63,10 @@ void ZynDisplayCPU::ExposureColoration::DeleteComponent(ZynImgProcessor* stage) 
 }
 
 CPUIPExposureColoration::CPUIPExposureColoration(ZynComponent* parentComponent)
-    : Stage(parentComponent, "coloration.cpu", "CPUIPExposureColoration") {}
+    : Stage(parentComponent, "coloration.cpu", "CPUIPExposureColoration"), link(parentComponent) {}
 
 CPUIPExposureColoration::~CPUIPExposureColoration() {
-  leaving = true;
-  while (calls > 0) std::this_thread::sleep_for(kTurn);
+  link.End();
   EndParameterCalls();
   CPUIPExposureColoration::Release();
 }
@@ -131,7 +79,7 @@ void CPUIPExposureColoration::Release() {
 }
 
 bool CPUIPExposureColoration::Enable(bool on) {
-  const UnpackedStage unpacked(*this);
+  const QTD::UnpackedStage unpacked(link);
   const QTD::RMutexLock guard(lock);  // the values that a run reads stay as long as it reads them
   if (unpacked.Stage()) unpacked.Stage()->Enable(on);
   const bool enabled = Stage::Enable(on);
@@ -142,7 +90,8 @@ bool CPUIPExposureColoration::Enable(bool on) {
 // Preparing.
 
 uint32_t CPUIPExposureColoration::Init(const ZynImage* source, const ZynImage*) {
-  const UnpackedStage unpacked(*this);
+  const QTD::UnpackedStage unpacked(link);
+  const ZynImage* const values = unpacked.Info(false);
   const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
@@ -161,8 +110,8 @@ uint32_t CPUIPExposureColoration::Init(const ZynImage* source, const ZynImage*) 
   if (!sourceInfo) return Finish(QTD::kStageNoMemory);
   outputInfo = sourceInfo;  // in place: one record for both
   try {
-    Apply(unpacked.Stage());  // without the stage, or its format, this one is not ready yet
-  } catch (...) {             // a parameter that is no number: the caller's matter
+    Apply(values);  // without the stage, or its format, this one is not ready yet
+  } catch (...) {   // a parameter that is no number: the caller's matter
     Release();
     throw;
   }
@@ -184,10 +133,9 @@ void CPUIPExposureColoration::ReadParameters(const ZynImage& values) {
 }
 
 // Reads the parameters against what the stage puts out; answers whether this stage is ready.
-bool CPUIPExposureColoration::Apply(ZynImgProcessor* unpacked) {
-  const ZynImage* const info = unpacked ? unpacked->GetImageInfo(false) : nullptr;
-  if (info) {
-    ReadParameters(*info);
+bool CPUIPExposureColoration::Apply(const ZynImage* values) {
+  if (values) {
+    ReadParameters(*values);
   } else {
     ready = false;
   }
@@ -199,9 +147,10 @@ bool CPUIPExposureColoration::Apply(ZynImgProcessor* unpacked) {
 uint32_t CPUIPExposureColoration::ExecuteCommand(const char* command) {
   const std::string wanted = command ? command : "";
   if (wanted == "params.apply") {
-    const UnpackedStage unpacked(*this);
+    const QTD::UnpackedStage unpacked(link);
+    const ZynImage* const values = unpacked.Info(false);
     const QTD::RMutexLock guard(lock);
-    return Finish(Apply(unpacked.Stage()) ? 0u : uint32_t{ZYN_ERR_FAILED});
+    return Finish(Apply(values) ? 0u : uint32_t{ZYN_ERR_FAILED});
   }
   const QTD::RMutexLock guard(lock);
   if (wanted != "params.reset") return Finish(ZYN_ERR_NOT_SUPPORTED);
@@ -222,7 +171,8 @@ uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS
     return 1;
   }
   if (wanted != "cmd.params.apply" || !args) return 0;
-  const UnpackedStage unpacked(*this);
+  const QTD::UnpackedStage unpacked(link);
+  const ZynImage* const values = unpacked.Info(false);
   const QTD::RMutexLock guard(lock);
   QTD::ArgumentView view(args);
   int numbers[4];
@@ -231,31 +181,32 @@ uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS
     numbers[n] = view.GetInt(entry.name, parameters.GetString(entry.name, entry.value));
   }
   for (size_t n = 0; n < 4; ++n) parameters.Set(kDefaults[n].name, QTD::ToText(numbers[n]));
-  return Apply(unpacked.Stage()) ? 1 : 0;
+  return Apply(values) ? 1 : 0;
 }
 
 // Running.
 
 uint32_t CPUIPExposureColoration::ProcessImage(const ZynImage* source, ZynImage*, void*) {
-  const UnpackedStage unpacked(*this);
+  const QTD::UnpackedStage unpacked(link);
+  const ZynImage* const result = unpacked.Out();
+  const ZynImage* const info = unpacked.Info(false);
   const QTD::RMutexLock guard(lock);
   out = nullptr;
   try {
     ZYN_TRACE(log, "CPUIPExposureColoration::ProcessImage()");
-    return Finish(Run(source, unpacked.Stage()));
+    return Finish(Run(source, unpacked.Stage(), result, info));
   } catch (...) {
     return Finish(ZYN_ERR_FAILED);
   }
 }
 
-uint32_t CPUIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* unpacked) {
-  const ZynImage* const result = unpacked ? unpacked->Out() : nullptr;
+uint32_t CPUIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* unpacked,
+                                      const ZynImage* result, const ZynImage* info) {
   if (!source || !source->imageData || !HasPicture(result)) return ZYN_ERR_BAD_ARGUMENT;
   if (IsEnabled()) {
     KeepValues(unpacked, true);  // from the next image on, should nobody have asked for it yet
     if (!ready) {
       try {
-        const ZynImage* const info = unpacked->GetImageInfo(false);
         ReadParameters(info ? *info : *result);
       } catch (const std::logic_error&) {  // a parameter that is no number
         return ZYN_ERR_NOT_READY;

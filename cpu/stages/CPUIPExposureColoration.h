@@ -1,10 +1,10 @@
 // The exposure coloration: marks under-exposed and over-exposed pixels of the display picture.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "QTD/stages/Stage.h"
+#include "QTD/stages/UnpackedStage.h"
 #include "ZynDisplay.h"
 
 // The values that count are those of the chain's stage "image.unpacked", before correction and overlay: one
@@ -31,12 +31,11 @@ class CPUIPExposureColoration : public QTD::Stage<ZynDisplayCPU::ExposureColorat
   uint32_t RunCommand(const char* command, QTD::ARGUMENTS* args) override;
 
  private:
-  class UnpackedStage;
-
   void ReadParameters(const ZynImage& values);
-  bool Apply(ZynImgProcessor* unpacked);
+  bool Apply(const ZynImage* values);
   void ResetParameters();
-  uint32_t Run(const ZynImage* source, ZynImgProcessor* unpacked);
+  uint32_t Run(const ZynImage* source, ZynImgProcessor* unpacked, const ZynImage* result,
+               const ZynImage* info);
   uint32_t MarkPicture(ZynImage picture, ZynImage values);
 
   // Guarded by `lock`.
@@ -45,6 +44,5 @@ class CPUIPExposureColoration : public QTD::Stage<ZynDisplayCPU::ExposureColorat
   int32_t lowThreshold = 0;
   int32_t highThreshold = 0;
 
-  std::atomic<int> calls{0};  // that ask the chain, or wait for it
-  std::atomic<bool> leaving{false};
+  QTD::ChainLink link;
 };

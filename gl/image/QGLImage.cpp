@@ -8,6 +8,7 @@
 #include <limits>
 #include <new>
 
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/screen/Numbers.h"
@@ -21,24 +22,22 @@ using QTD::ToText;
 
 namespace {
 
+enum Uniform { kSource, kFlipVert, kColorCoef, kColorHigh, kColorMono };
 constexpr const char* kUniforms[] = {"source", "flipVert", "colorCoef", "colorHigh", "colorMono"};
 
-// All blocks of the list are laid out like this one.
+using LivingRecords = QTD::LivePointers<ZynImage>;
+using LivingBlocks = QTD::LivePointers<QGLImageAttachment>;
+
+// All blocks of the list are laid out like this one. The list of a target's record is followed, and one that
+// begins with a block of such a list, as a stage's copy of the record has it. What stands in any other record
+// may be anything.
 QGLImageAttachment* FindAttachment(const ZynImage* record) {
   auto* block = static_cast<QGLImageAttachment*>(record ? record->attachments : nullptr);
+  if (!block) return nullptr;
+  if (!LivingRecords::Instance().Find(record) && !LivingBlocks::Instance().Find(block)) return nullptr;
   while (block && block->tag != QGLImageAttachment::kTag)
     block = static_cast<QGLImageAttachment*>(block->next);
   return block;
-}
-
-bool Attach(ZynImage* record, QGLImage* image) {
-  void* const memory = std::malloc(sizeof(QGLImageAttachment));
-  if (!memory) return false;
-  auto* const block = new (memory) QGLImageAttachment;
-  block->image = image;
-  block->next = record->attachments;
-  record->attachments = block;
-  return true;
 }
 
 }  // namespace
@@ -64,26 +63,38 @@ QGLImage::~QGLImage() {
 }
 
 bool QGLImage::init(const ZynImage* image, QTD::PROPERTIES* list) {
+  const ZynImage like = image ? *image : ZynImage{};  // it may be the record that goes now
   done();
   if (image) {
-    parameters.Set("size.x", ToText(image->width));
-    parameters.Set("size.y", ToText(image->height));
-    parameters.Set("pixeltype", ToText(image->pixelType));
+    parameters.Set("size.x", ToText(like.width));
+    parameters.Set("size.y", ToText(like.height));
+    parameters.Set("pixeltype", ToText(like.pixelType));
   }
   parameters.Merge(list);
-  if (!findSurface() || !makeRecord(image)) return false;
+  if (!findSurface()) return false;
+  // What was left behind before fails this too. An invalid operation counts, though `checkError` answers 0.
+  checkError("QGLImage::init()");
+  bool good = surface->LastError() == 0;
+  try {
+    good = make(like.origin == 1) && good;
+  } catch (...) {
+    done();
+    throw;
+  }
+  // A target that failed is none.
+  if (!good) done();
+  return good;
+}
 
+bool QGLImage::make(bool bottomUp) {
+  if (!makeRecord(bottomUp)) return false;
   const GLPixels pixels = PixelsOf(format);
   makeTexture(pixels);
-  if (!makeFramebuffer(pixels)) {
-    checkError("QGLImage::init()");
-    done();
-    return false;
-  }
-  makeProgram();
+  bool good = makeFramebuffer(pixels);
+  if (good) makeProgram();
   unbind();
   checkError("QGLImage::init()");
-  return surface->LastError() == 0;  // an invalid operation counts here, though `checkError` answers 0
+  return good && surface->LastError() == 0;
 }
 
 bool QGLImage::findSurface() {
@@ -99,7 +110,7 @@ bool QGLImage::isCurrent() {
          surface->isActive();
 }
 
-bool QGLImage::makeRecord(const ZynImage* image) {
+bool QGLImage::makeRecord(bool sourceIsBottomUp) {
   const int64_t width = parameters.GetInt64("size.x");
   const int64_t height = parameters.GetInt64("size.y");
   const auto code = static_cast<uint32_t>(parameters.GetInt64("pixeltype"));
@@ -107,15 +118,34 @@ bool QGLImage::makeRecord(const ZynImage* image) {
   if (width < 1 || width > limit || height < 1 || height > limit) return false;
   if (limit > std::numeric_limits<int>::max()) return false;
 
-  const bool bottomUp = (image && image->origin == 1) != parameters.GetBool("image.flip.vert");
+  const bool bottomUp = sourceIsBottomUp != parameters.GetBool("image.flip.vert");
   const int lines = static_cast<int>(height);
   record = QTD::ImageCreate(nullptr, static_cast<uint32_t>(width), bottomUp ? -lines : lines, code);
-  if (!record || !record->imageData || !Attach(record, this)) {
+  if (!record || !record->imageData || !attachTo()) {
     QTD::ImageDelete(record);
     return false;
   }
   format.Decode(code);
   return true;
+}
+
+bool QGLImage::attachTo() {
+  void* const memory = std::malloc(sizeof(QGLImageAttachment));
+  if (!memory) return false;
+  block = new (memory) QGLImageAttachment;
+  block->image = this;
+  block->next = record->attachments;
+  record->attachments = block;
+  LivingRecords::Instance().Add(record);
+  LivingBlocks::Instance().Add(block);
+  return true;
+}
+
+void QGLImage::deleteRecord() {
+  LivingRecords::Instance().Remove(record);
+  LivingBlocks::Instance().Remove(block);
+  block = nullptr;
+  QTD::ImageDelete(record);
 }
 
 void QGLImage::makeTexture(const GLPixels& pixels) {
@@ -142,7 +172,11 @@ bool QGLImage::makeFramebuffer(const GLPixels& pixels) {
   // Three channels are no target for every driver; four are. What the driver had to say on three is
   // forgotten.
   constexpr int kMostErrors = 16;
-  for (int i = 0; i < kMostErrors && surface->glGetError() != GL_NO_ERROR; ++i) continue;
+  for (int i = 0; i < kMostErrors; ++i) {
+    const GLenum error = surface->glGetError();
+    if (error == GL_NO_ERROR) break;
+    if (error == GL_OUT_OF_MEMORY) return false;
+  }
   const GLint four = format.depth == 8 ? GL_RGBA8 : GL_RGBA16;
   surface->glTexImage2D(GL_TEXTURE_2D, 0, four, static_cast<GLsizei>(record->width),
                         static_cast<GLsizei>(record->height), 0, pixels.format, pixels.type, nullptr);
@@ -164,15 +198,16 @@ void QGLImage::makeProgram() {
   shader.addShaderFromSourceCode(QOpenGLShader::Fragment, FindShaderSource("image.f.glsl"));
   shader.link();
   shader.bind();
-  for (const char* const name : kUniforms) {
-    uniforms.Set(name, ToText(surface->glGetUniformLocation(shader.programId(), name)));
+  for (std::size_t i = 0; i < std::size(kUniforms); ++i) {
+    locations[i] = surface->glGetUniformLocation(shader.programId(), kUniforms[i]);
+    uniforms.Set(kUniforms[i], ToText(locations[i]));
   }
   shader.release();
 }
 
 // The program stays.
 void QGLImage::done() {
-  QTD::ImageDelete(record);
+  deleteRecord();
   const bool any = framebuffer != 0 || renderbuffer != 0 || textureName != 0;
   if (!any) return;
   if (const ActiveSurface active(surface); active && context == active->Context()) {
@@ -199,6 +234,7 @@ bool QGLImage::isLive() {
 
 bool QGLImage::render() {
   if (!isCurrent()) return false;
+  read = false;
   const int width = parameters.GetInt("size.x");
   const int height = parameters.GetInt("size.y");
   surface->glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
@@ -225,26 +261,29 @@ void QGLImage::unbind() {
   surface->glBindRenderbuffer(GL_RENDERBUFFER, 0);
 }
 
+QGLImage::Copy QGLImage::readCopy(QTD::PROPERTIES& list) const {
+  Copy copy;
+  copy.coefficient = list.GetDouble("image.color.coef");
+  copy.mono = list.GetInt("image.color.mono");
+  copy.flip = list.GetInt("image.flip.vert");
+  if (QTD::IsNearZero(copy.coefficient)) copy.coefficient = DefaultColorCoef(format);
+  return copy;
+}
+
 uint32_t QGLImage::useProgram(bool withParameters, QTD::PROPERTIES* list) {
+  if (!isCurrent() || program() == 0) return 0;
+  return use(withParameters ? readCopy(list ? *list : parameters) : Copy());
+}
+
+uint32_t QGLImage::use(const Copy& copy) {
   const uint32_t name = program();
-  if (!isCurrent() || name == 0) return 0;
-  QTD::PROPERTIES& used = list ? *list : parameters;
-  double coefficient = 1.0;
-  int mono = 0;  // 1 alone counts, and for `flip` too
-  int flip = 0;
-  if (withParameters) {
-    coefficient = used.GetDouble("image.color.coef");
-    mono = used.GetInt("image.color.mono");
-    flip = used.GetInt("image.flip.vert");
-    if (QTD::IsNearZero(coefficient)) coefficient = DefaultColorCoef(format);
-  }
-  const auto location = [this](const char* uniform) { return uniforms.GetInt(uniform, "-1"); };
+  if (name == 0) return 0;
   surface->glUseProgram(name);
-  surface->glUniform1i(location("source"), 0);
-  surface->glUniform1i(location("flipVert"), flip);
-  surface->glUniform1f(location("colorCoef"), static_cast<float>(coefficient));
-  surface->glUniform1f(location("colorHigh"), 1.0f);
-  surface->glUniform1i(location("colorMono"), mono);
+  surface->glUniform1i(locations[kSource], 0);
+  surface->glUniform1i(locations[kFlipVert], copy.flip);
+  surface->glUniform1f(locations[kColorCoef], static_cast<float>(copy.coefficient));
+  surface->glUniform1f(locations[kColorHigh], 1.0f);
+  surface->glUniform1i(locations[kColorMono], copy.mono);
   return name;
 }
 
@@ -256,8 +295,9 @@ bool QGLImage::releaseProgram() {
 
 bool QGLImage::copyTexture(uint32_t name, QTD::PROPERTIES* list) {
   if (!isLive() || name == 0) return false;
+  const Copy copy = readCopy(list ? *list : parameters);  // throws before anything is bound
   bind();
-  useProgram(true, list);
+  use(copy);
   surface->glActiveTexture(GL_TEXTURE0);
   surface->glBindTexture(GL_TEXTURE_2D, name);
   const bool rendered = render();

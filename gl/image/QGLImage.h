@@ -30,7 +30,8 @@ struct QGLImageAttachment {
 };
 static_assert(sizeof(void*) != 8 || sizeof(QGLImageAttachment) == 40, "the attachment is 40 bytes");
 
-// The picture on the card that belongs to a record; null (0) for a null record and for one in memory alone.
+// The picture on the card that belongs to a record; null (0) for a null record and for one in memory alone,
+// such as a host's, whatever its field `attachments` says.
 QGLImage* AttachedImage(const ZynImage* record);
 uint32_t AttachedTexture(const ZynImage* record);
 
@@ -72,26 +73,44 @@ class QGLImage {
   virtual ZynImage* image();  // owned by this
   virtual uint32_t checkError(const char* where);
 
+  // Whether the record's pixels are those of the texture: nothing was drawn or uploaded since `readGPU`
+  // brought them.
+  bool IsRead() const { return read; }
   QOpenGLContext* Context() const { return context; }  // that the texture lies on; null once it has gone
 
  protected:
+  // What a copy is made with; 1 alone counts for `mono` and `flip`.
+  struct Copy {
+    double coefficient = 1.0;
+    int mono = 0;
+    int flip = 0;
+  };
+
   bool isCurrent();    // between `begin` and `end` of the surface that `init` found
   bool isLive();       // the same, and there is a framebuffer
   bool findSurface();  // false where none is between its `begin` and `end`
-  bool makeRecord(const ZynImage* image);
+  bool make(bool sourceIsBottomUp);
+  bool makeRecord(bool sourceIsBottomUp);
+  bool attachTo();  // the record
+  void deleteRecord();
   void makeTexture(const GLPixels& pixels);
   bool makeFramebuffer(const GLPixels& pixels);
   bool attach(int internalFormat);
   void makeProgram();
+  Copy readCopy(QTD::PROPERTIES& list) const;
+  uint32_t use(const Copy& copy);  // the program; its name, 0 without one
 
   QGLSurface* surface;  // not owned
   QTD::PixelFormat format;
   QTD::PROPERTIES parameters;
-  ZynImage* record = nullptr;  // owned
+  ZynImage* record = nullptr;           // owned
+  QGLImageAttachment* block = nullptr;  // of the record
+  bool read = false;
   uint32_t textureName = 0;
   uint32_t framebuffer = 0;
   uint32_t renderbuffer = 0;
   QOpenGLShaderProgram shader;
-  QTD::PROPERTIES uniforms;          // uniform name to location
-  QPointer<QOpenGLContext> context;  // that the names belong to
+  QTD::PROPERTIES uniforms;                 // uniform name to location
+  int locations[5] = {-1, -1, -1, -1, -1};  // the same, not to be parsed for each picture
+  QPointer<QOpenGLContext> context;         // that the names belong to
 };

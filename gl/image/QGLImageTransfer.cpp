@@ -56,6 +56,7 @@ bool QGLImage::fillGPU(const ZynImage* image) {
     return false;
 
   bind();
+  read = false;
   const bool mirrored = parameters.GetInt("image.flip.vert", "0") != 1 || MirrorLines(source);
   if (mirrored) UploadLines(*surface, pixels, width, height, source.imageData, source.linePitch);
   const bool good = checkError("QGLImage::fillGPU()") == 0;
@@ -85,5 +86,6 @@ uint8_t* QGLImage::readGPU(ZynImage* target) {
   checkError("QGLImage::readGPU()");
   surface->glBindTexture(GL_TEXTURE_2D, 0);
   surface->glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  if (pitch != 0 && to == record) read = true;
   return pitch != 0 ? to->imageData : nullptr;
 }

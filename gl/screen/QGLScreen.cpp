@@ -66,9 +66,15 @@ void QGLScreen::flush() {
 }
 
 bool QGLScreen::begin(QTD::PROPERTIES* list) {
+  passes.push_back(false);
   if (!isReady()) return false;
-  begun = surface->begin(list);
-  return prepare(list);
+  try {
+    passes.back() = surface->begin(list);
+    return prepare(list);
+  } catch (...) {  // no pass was begun, so nobody ends it
+    leave(list, false);
+    throw;
+  }
 }
 
 // The picture's rectangle becomes the viewport. One that is too large for a viewport is held at the limit in
@@ -107,9 +113,21 @@ bool QGLScreen::prepare(QTD::PROPERTIES*) {
 
 void QGLScreen::end(QTD::PROPERTIES* list, bool flush) {
   if (!surface) return;
-  if (flush) surface->flush(list);       // while the context is still current
-  if (begun) surface->end(list, flush);  // another pass that is under way goes on
-  begun = false;
+  try {
+    if (flush) surface->flush(list);  // while the context is still current
+  } catch (...) {
+    leave(list, flush);
+    throw;
+  }
+  leave(list, flush);
+}
+
+// The innermost pass. Another one that is under way on the surface goes on.
+void QGLScreen::leave(QTD::PROPERTIES* list, bool flush) {
+  if (passes.empty()) return;
+  const bool begun = passes.back();
+  passes.pop_back();
+  if (begun) surface->end(list, flush);
 }
 
 bool QGLScreen::draw(const ZynImage* image, QTD::PROPERTIES*) {

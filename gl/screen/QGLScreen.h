@@ -1,6 +1,8 @@
 // The screen of a window that OpenGL paints.
 #pragma once
 
+#include <vector>
+
 #include "QTD/screen/QTDScreen.h"
 
 // GUI thread for all that paints; geometry as in QTDScreen. A picture that is zoomed beyond the driver's
@@ -15,7 +17,8 @@ class QGLScreen : public QTDScreen {
   bool done(bool takeLock) override;
   void clear(bool flush) override;  // in the screen's "color"
   void flush() override;
-  // False without a window size or a surface; whether the surface could begin plays no part.
+  // Nests; each is ended, unless it throws. False without a window size or a surface; whether the surface
+  // could begin plays no part.
   bool begin(QTD::PROPERTIES* list) override;
   // Viewport and projection of the picture; for one beyond the limit, also the surface's area. False only
   // without a surface.
@@ -35,8 +38,9 @@ class QGLScreen : public QTDScreen {
     double ratio = 1;
   };
   View view();
+  void leave(QTD::PROPERTIES* list, bool flush);
   double viewportLimit(double ratio);  // "gl.viewport" of the surface, in pixels of the window
   ColorValue background();
 
-  bool begun = false;  // the surface has, in this paint pass
+  std::vector<bool> passes;  // those that are under way: whether the surface has begun with them
 };

@@ -44,9 +44,10 @@ uint32_t QGLIPBayer::Init(const ZynImage* source, const ZynImage* output) {
 uint32_t QGLIPBayer::Prepare(const ZynImage& source, uint32_t targetCode) {
   QTD::PROPERTIES list;
   Describe(source, list);
-  const std::string flip = parameters.GetString("image.flip.vert", "0");
+  const std::string flip = QTD::ToText(Flip());
   const std::string coef = parameters.GetString("image.color.coef", "1.");
-  parameters.Set("image.flip.vert", flip).Set("image.color.coef", coef);
+  parameters.Set("image.flip.vert", parameters.GetString("image.flip.vert", "0"))
+      .Set("image.color.coef", coef);
   if (!MakeInput().init(&source, &list)) return 0;
 
   list.Set("image.color.coef", coef).Set("image.flip.vert", flip).Set("pixeltype", QTD::ToText(targetCode));

@@ -46,7 +46,7 @@ uint32_t QGLIPColorCorrection::Prepare(const ZynImage& source) {
   if (!MakeInput().init(&source, &list)) return 0;
 
   ResetParameters();
-  list.Set("image.flip.vert", parameters.GetString("image.flip.vert", "0"))
+  list.Set("image.flip.vert", QTD::ToText(Flip()))
       .Set("image.color.high", QTD::ToText(1.0))
       .Set("image.color.coef", QTD::ToText(1.0));
   target = std::make_unique<QGLImage>(surface);

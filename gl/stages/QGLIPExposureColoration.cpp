@@ -24,9 +24,10 @@ void ZynDisplayQGL::ExposureColoration::DeleteComponent(ZynImgProcessor* stage) 
 
 // The name is that of the correction; it is kept.
 QGLIPExposureColoration::QGLIPExposureColoration(ZynDisplayProcessor* display, ZynComponent* chainComponent)
-    : QGLStage(display, chainComponent, "correction.gpu", "QGLIPExposureColoration") {}
+    : QGLStage(display, chainComponent, "correction.gpu", "QGLIPExposureColoration"), link(chainComponent) {}
 
 QGLIPExposureColoration::~QGLIPExposureColoration() {
+  link.End();
   EndParameterCalls();
   QGLIPExposureColoration::Release();
 }
@@ -36,14 +37,9 @@ void QGLIPExposureColoration::Release() {
   Discard(pass, target, input);
 }
 
-// Anew for every use, since a host may have taken it out. The chain's lock stands before this stage's.
-ZynImgProcessor* QGLIPExposureColoration::FindUnpacked() {
-  auto* const chain = dynamic_cast<ZynImgProcessingChain*>(parent);
-  return chain ? chain->FindProcessor("image.unpacked") : nullptr;
-}
-
 uint32_t QGLIPExposureColoration::Init(const ZynImage* source, const ZynImage*) {
-  ZynImgProcessor* const unpacked = FindUnpacked();
+  const QTD::UnpackedStage unpacked(link);
+  const ZynImage* const values = unpacked.Info(true);
   const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
@@ -52,20 +48,22 @@ uint32_t QGLIPExposureColoration::Init(const ZynImage* source, const ZynImage*) 
   const SurfacePass current(surface);
   uint32_t code = ZYN_ERR_FAILED;
   try {
-    code = Prepare(format, unpacked);
+    code = Prepare(format, values);
   } catch (...) {  // a parameter that is no number
   }
   if (code != 0) Release();
   return Finish(code);
 }
 
-uint32_t QGLIPExposureColoration::Prepare(const ZynImage& source, ZynImgProcessor* unpacked) {
+uint32_t QGLIPExposureColoration::Prepare(const ZynImage& source, const ZynImage* values) {
   QTD::PROPERTIES list;
   Describe(source, list);
   list.Set("pixeltype", QTD::ToText(source.pixelType));
   if (!MakeInput().init(&source, &list)) return 0;
 
-  list.Set("image.color.mono", parameters.GetString("image.color.mono", "0"));
+  // Factor 1: the copy of a disabled stage is the picture unchanged.
+  list.Set("image.color.mono", parameters.GetString("image.color.mono", "0"))
+      .Set("image.color.coef", QTD::ToText(1.0));
   target = std::make_unique<QGLImage>(surface);
   target->init(&source, &list);
   SetTarget(list, target.get());
@@ -77,7 +75,7 @@ uint32_t QGLIPExposureColoration::Prepare(const ZynImage& source, ZynImgProcesso
   if (!sourceInfo) return QTD::kStageNoMemory;
   out = target->image();
   ready = true;
-  if (unpacked) SetThresholds(unpacked->GetImageInfo(true));
+  if (values) SetThresholds(values);
   return 0;
 }
 
@@ -106,13 +104,13 @@ bool QGLIPExposureColoration::SetThresholds(const ZynImage* values) {
 
 uint32_t QGLIPExposureColoration::ProcessImage(const ZynImage* source, ZynImage*, void*) {
   ZYN_TRACE(log, "QGLIPExposureColoration::ProcessImage()");
-  ZynImgProcessor* const unpacked = FindUnpacked();
+  const QTD::UnpackedStage unpacked(link);
+  const ZynImage* const values = unpacked.Out();
   const QTD::RMutexLock guard(lock);
-  return RunOnCard([&] { return Run(source, unpacked); });
+  return RunOnCard([&] { return Run(source, values); });
 }
 
-uint32_t QGLIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* unpacked) {
-  const ZynImage* const values = unpacked ? unpacked->Out() : nullptr;
+uint32_t QGLIPExposureColoration::Run(const ZynImage* source, const ZynImage* values) {
   if (!target || !target->isValid() || !FindSurface() || !values) return ZYN_ERR_NOT_READY;
   if (!FitsTarget(source)) return ZYN_ERR_BAD_ARGUMENT;
   if (!BindPicture(*source)) return ZYN_ERR_FAILED;
@@ -122,11 +120,10 @@ uint32_t QGLIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* u
     return 0;
   }
   if (!ready && !SetThresholds(values)) return ZYN_ERR_NOT_READY;
-  QTD::PROPERTIES list;
-  list.Set("mono", QTD::ToText(QTD::IsRgbFormat(values->pixelType) ? 0 : 1))
+  passArguments.Set("mono", QTD::ToText(QTD::IsRgbFormat(values->pixelType) ? 0 : 1))
       .Set("colors", QTD::ToText(1u << (values->bitDepth & 31)))
       .Set("source", QTD::ToText(TextureOf(*values)));
-  if (!pass->Render(source, &list)) return ZYN_ERR_FAILED;
+  if (!pass->Render(source, &passArguments)) return ZYN_ERR_FAILED;
   BindTarget();
   return 0;
 }
@@ -137,7 +134,7 @@ bool QGLIPExposureColoration::BindPicture(const ZynImage& picture) {
   surface->glEnable(GL_TEXTURE_2D);
   surface->glActiveTexture(GL_TEXTURE0);
   const uint32_t texture = TextureOf(picture);
-  if (texture == 0) return input && input->bind() && input->fill(&picture);
+  if (texture == 0) return input && IsInMemory(picture) && input->bind() && input->fill(&picture);
   surface->glBindTexture(GL_TEXTURE_2D, texture);
   return true;
 }

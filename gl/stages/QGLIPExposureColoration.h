@@ -1,6 +1,7 @@
 // The exposure coloration on the card: marks under-exposed and over-exposed pixels of the display picture.
 #pragma once
 
+#include "QTD/stages/UnpackedStage.h"
 #include "ZynDisplay.h"
 #include "gl/passes/QGLExposureColoration.h"
 #include "gl/stages/QGLStage.h"
@@ -29,12 +30,13 @@ class QGLIPExposureColoration : public QGLStage<ZynDisplayQGL::ExposureColoratio
   uint32_t RunCommand(const char* command, QTD::ARGUMENTS* args) override;
 
  private:
-  ZynImgProcessor* FindUnpacked();
-  uint32_t Prepare(const ZynImage& source, ZynImgProcessor* unpacked);
+  uint32_t Prepare(const ZynImage& source, const ZynImage* values);
   bool SetThresholds(const ZynImage* values);
-  uint32_t Run(const ZynImage* source, ZynImgProcessor* unpacked);
+  uint32_t Run(const ZynImage* source, const ZynImage* values);
   bool BindPicture(const ZynImage& picture);
   uint32_t WaitForPass();
 
   std::unique_ptr<RenderObjects::QGLExposureColoration> pass;
+  QTD::PROPERTIES passArguments;  // of each picture; kept, so that a picture costs no memory
+  QTD::ChainLink link;
 };

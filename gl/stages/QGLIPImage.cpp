@@ -5,6 +5,7 @@
 
 #include "QTD/frame/Logging.h"
 #include "QTD/image/PixelFormats.h"
+#include "QTD/screen/Numbers.h"
 
 namespace {
 
@@ -26,8 +27,9 @@ void ZynDisplayQGL::Image::DeleteComponent(ZynImgProcessor* stage) {
   delete stage;
 }
 
-QGLIPImage::QGLIPImage(ZynDisplayProcessor* display)
-    : QGLStage(display, nullptr, "image.gpu", "QGLIPImage") {}
+QGLIPImage::QGLIPImage(ZynDisplayProcessor* display) : QGLStage(display, nullptr, "image.gpu", "QGLIPImage") {
+  plain.Set("image.color.coef", QTD::ToText(1.0));
+}
 
 QGLIPImage::~QGLIPImage() {
   EndParameterCalls();
@@ -61,11 +63,13 @@ uint32_t QGLIPImage::Prepare(const ZynImage& source, const ZynImage* output) {
   const double ratio =
       output ? std::ldexp(1.0, MissingBits(source.bitDepth) - MissingBits(output->bitDepth)) : 1.0;
   const ZynImage& result = output ? *output : source;
-  const std::string coef = parameters.GetString("image.color.coef", QTD::ToText(ratio));
+  std::string coef = parameters.GetString("image.color.coef", QTD::ToText(ratio));
   const std::string mono =
       parameters.GetString("image.color.mono", QTD::ToText(QTD::IsMonoFormat(source.pixelType) ? 1 : 0));
-  const int flip = parameters.GetInt("image.flip.vert", "0");
+  const bool flip = Flip();
   parameters.Set("image.color.coef", coef).Set("image.color.mono", mono);
+  // A factor of 0 counts as not set; the target's own default would know nothing of the source.
+  if (QTD::IsNearZero(QTD::ParseDouble(coef))) coef = QTD::ToText(ratio);
 
   QTD::PROPERTIES list;
   list.Set("image.color.mono", QTD::ToText(QTD::ParseInt(mono)))
@@ -74,7 +78,7 @@ uint32_t QGLIPImage::Prepare(const ZynImage& source, const ZynImage* output) {
   target = std::make_unique<QGLImage>(surface);
   target->init(&source, &list);
   // What is turned needs a second image too: the first takes what comes in as it is.
-  if (result.pixelType != source.pixelType || flip != 0) {
+  if (result.pixelType != source.pixelType || flip) {
     second = std::make_unique<QGLImage>(surface);
     second->init(&result, &list);
   }
@@ -113,12 +117,10 @@ uint32_t QGLIPImage::Run(const ZynImage* source) {
 bool QGLIPImage::Upload(const ZynImage& source) {
   if (const uint32_t texture = TextureOf(source)) {
     surface->glBindTexture(GL_TEXTURE_2D, texture);
-    QTD::PROPERTIES plain;
-    plain.Set("image.color.coef", QTD::ToText(1.0));
     return target->copyTexture(texture, &plain);
   }
   surface->glBindTexture(GL_TEXTURE_2D, target->texture());
-  return target->fillGPU(&source);
+  return IsInMemory(source) && target->fillGPU(&source);
 }
 
 uint32_t QGLIPImage::ExecuteCommand(const char* command) {

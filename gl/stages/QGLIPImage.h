@@ -26,5 +26,6 @@ class QGLIPImage : public QGLStage<ZynDisplayQGL::Image> {
   bool Upload(const ZynImage& source);
   QGLImage* Result() const override { return second ? second.get() : target.get(); }
 
+  QTD::PROPERTIES plain;             // for a copy as it is
   std::unique_ptr<QGLImage> second;  // null where the first serves as both
 };

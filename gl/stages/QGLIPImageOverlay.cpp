@@ -100,7 +100,7 @@ uint32_t QGLIPImageOverlay::Prepare(const ZynImage& source) {
 
   target = std::make_unique<QGLImage>(ownSurface.get());
   list.Set("pixeltype", QTD::ToText(source.pixelType))
-      .Set("image.flip.vert", parameters.GetString("image.flip.vert", "0"))
+      .Set("image.flip.vert", QTD::ToText(Flip()))
       .Set("image.color.coef", parameters.GetString("image.color.coef", QTD::ToText(1.0)))
       .Set("image.color.high", QTD::ToText(1.0));
   const bool made = target->init(nullptr, &list);
@@ -139,16 +139,15 @@ bool QGLIPImageOverlay::TakePicture(const ZynImage& source) {
     return true;
   }
   surface->glBindTexture(GL_TEXTURE_2D, target->texture());
-  return target->fillGPU(&source);
+  return IsInMemory(source) && target->fillGPU(&source);
 }
 
 void QGLIPImageOverlay::DrawStore(const ZynImage& source) {
-  QTD::PROPERTIES list;
-  list.Set("color.depth", parameters.GetString("color.depth"));
+  drawArguments.Set("color.depth", parameters.GetString("color.depth"));
   const PaintPass pass(*target, store, source);
   CountInPixels(*surface, source);
   store.place(nullptr, true);  // templates may have become longer or shorter with this image
-  store.draw(ownSurface.get(), &list);
+  store.draw(ownSurface.get(), &drawArguments);
 }
 
 // The objects. Their store has locks of its own; this one keeps a run's picture as it began.

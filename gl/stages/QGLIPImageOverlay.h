@@ -35,4 +35,5 @@ class QGLIPImageOverlay : public QGLStage<ZynDisplayQGL::ImageOverlay, QTD::Over
   void DrawStore(const ZynImage& source);
 
   std::unique_ptr<QGLSurfaceRef> ownSurface;  // null before `Init`
+  QTD::PROPERTIES drawArguments;
 };

@@ -62,8 +62,7 @@ uint32_t QGLIPUnpack::Prepare(const ZynImage& source) {
   if (!ownSurface->init(&list)) return ZYN_ERR_NOT_READY;
 
   target = std::make_unique<QGLImage>(ownSurface.get());
-  list.Set("image.flip.vert", parameters.GetString("image.flip.vert", "0"))
-      .Set("pixeltype", QTD::ToText(targetCode));
+  list.Set("image.flip.vert", QTD::ToText(Flip())).Set("pixeltype", QTD::ToText(targetCode));
   if (!target->init(nullptr, &list)) return ZYN_ERR_NOT_READY;
 
   // One byte to a texel.

@@ -21,8 +21,9 @@
 #include "gl/surface/QGLSurface.h"
 
 // The class that derives from it writes `Init`, `ProcessImage` and `Release`, and calls its own `Release` in
-// its destructor. What touches the card belongs to the GUI thread, commands to any thread; the stage's lock
-// is held meanwhile, and the surface is between `begin` and `end`.
+// its destructor. What touches the card belongs to the GUI thread: elsewhere there is no surface, since the
+// window that it lies on may be closing. Commands belong to any thread. The stage's lock is held meanwhile,
+// and the surface is between `begin` and `end`.
 template <typename Interface, template <typename> class Base = QTD::Stage>
 class QGLStage : public Base<Interface> {
  protected:
@@ -32,36 +33,39 @@ class QGLStage : public Base<Interface> {
 
   // For `Init`: the controller's surface as it is now, null when none is ready.
   QGLSurface* TakeSurface() {
-    surface = owner.Surface();
+    surface = OnGuiThread() ? owner.Surface() : nullptr;
     context = surface ? surface->Context() : nullptr;
     return UsableSurface();
   }
 
   // Asks the controller as long as there is none.
-  QGLSurface* FindSurface() { return surface ? UsableSurface() : TakeSurface(); }
+  QGLSurface* FindSurface() { return surface && OnGuiThread() ? UsableSurface() : TakeSurface(); }
 
   // Null also once the surface that the stage's objects lie on has gone, or has another context: a host may
   // close the window before it deletes the stage.
   QGLSurface* UsableSurface() const { return Usable(surface, context); }
 
-  // One run with the context current, on whose thread that must be. What throws has failed, and after a
-  // failure there is no result.
+  // One run with the context current; on another thread it fails. What throws has failed, and after a failure
+  // there is no result.
   template <typename Step>
   uint32_t RunOnCard(const Step& step) {
-    QGLSurface* const used = FindSurface();
-    const SurfacePass current(used);
     uint32_t code = ZYN_ERR_FAILED;
-    try {
-      if (!used || used->isActive()) code = step();
-    } catch (...) {  // a parameter that is no number
+    if (OnGuiThread()) {
+      QGLSurface* const used = FindSurface();
+      const SurfacePass current(used);
+      try {
+        if (!used || used->isActive()) code = step();
+      } catch (...) {  // a parameter that is no number
+      }
     }
     QGLImage* const image = Result();
     this->out = code == 0 && image ? image->image() : nullptr;
     return this->Finish(code);
   }
 
-  // Brings the result into its record; a bare code. GUI thread, on others it fails.
+  // Brings the result into its record; a bare code. On another thread it fails.
   uint32_t ReadBack() {
+    if (!OnGuiThread()) return ZYN_ERR_FAILED;
     QGLSurface* const used = FindSurface();
     const SurfacePass current(used);
     QGLImage* const image = used ? Result() : nullptr;
@@ -88,9 +92,11 @@ class QGLStage : public Base<Interface> {
     return QTD::ImageCreateHeader(nullptr, size.width, bottomUp ? -height : height, pixelType);
   }
 
+  // The size of a picture on the card is that of its texture, whatever a copy of its record says.
   bool FitsTarget(const ZynImage* image) const {
     const ZynImage* const made = target ? target->image() : nullptr;
-    return image && made && image->width == made->width && image->height == made->height;
+    return image && made && HasSizeOf(*image, made) &&
+           (TextureOf(*image) == 0 || HasSizeOf(*image, AttachedImage(image)->image()));
   }
 
   QGLTexture& MakeInput() { return *(input = std::make_unique<QGLTexture>()); }
@@ -103,13 +109,21 @@ class QGLStage : public Base<Interface> {
     return attached && !own && attached->Context() == context ? attached->texture() : 0;
   }
 
+  // Whether the record's pixels are the picture: those of one that lies on another context are what its last
+  // read-back left.
+  static bool IsInMemory(const ZynImage& image) {
+    const QGLImage* const attached = AttachedImage(&image);
+    return !attached || attached->IsRead();
+  }
+
   // Binds the picture to texture unit 0: its own texture, or the stage's input, filled from memory. The
   // texture's name, 0 when the picture could not be uploaded.
   uint32_t BindInput(const ZynImage& image) {
     surface->glEnable(GL_TEXTURE_2D);
     surface->glActiveTexture(GL_TEXTURE0);
     uint32_t texture = TextureOf(image);
-    if (texture == 0 && input && input->bind() && input->fill(&image)) texture = input->texture();
+    if (texture == 0 && input && IsInMemory(image) && input->bind() && input->fill(&image))
+      texture = input->texture();
     if (texture != 0) surface->glBindTexture(GL_TEXTURE_2D, texture);
     return texture;
   }
@@ -123,16 +137,16 @@ class QGLStage : public Base<Interface> {
     surface->glBindTexture(GL_TEXTURE_2D, target->texture());
   }
 
-  // Frees what lies on the card, in this order, and the information records. Names are deleted on the thread
-  // of the context; where that is another one, what is freed goes there.
+  // Frees what lies on the card, in this order, and the information records. From another thread all that
+  // goes to the GUI thread, whose context it is.
   template <typename... Owned>
   void Discard(std::unique_ptr<Owned>&... owned) {
     this->Reset();
-    if (!context || context->thread() == QThread::currentThread() || !QCoreApplication::instance()) {
+    if (!(... || owned)) return Forget();
+    if (OnGuiThread() || !QCoreApplication::instance()) {
       const SurfacePass current(UsableSurface());
       (owned.reset(), ...);
-      Forget();
-      return;
+      return Forget();
     }
     const auto taken = std::make_shared<std::tuple<std::unique_ptr<Owned>...>>(std::move(owned)...);
     QMetaObject::invokeMethod(
@@ -152,6 +166,15 @@ class QGLStage : public Base<Interface> {
   std::unique_ptr<QGLTexture> input;  // for pictures that come in memory
 
  private:
+  static bool OnGuiThread() {
+    const QCoreApplication* const application = QCoreApplication::instance();
+    return application && application->thread() == QThread::currentThread();
+  }
+
+  static bool HasSizeOf(const ZynImage& image, const ZynImage* other) {
+    return other && image.width == other->width && image.height == other->height;
+  }
+
   void Forget() {
     surface = nullptr;
     context.clear();

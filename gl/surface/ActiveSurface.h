@@ -1,20 +1,19 @@
 // The context of a surface, for what has to be deleted on it.
 #pragma once
 
-#include "gl/surface/LivingObjects.h"
+#include <QOffscreenSurface>
+#include <memory>
+
 #include "gl/surface/QGLSurface.h"
 
 // Owners delete between `begin` and `end`; where one does not, or its surface is gone, this makes the context
-// current for the scope, or is false. GUI thread.
+// current for the scope, or is false. A window that has lost its native one does not keep its context's
+// names. GUI thread.
 class ActiveSurface {
  public:
   // May point to where a surface was.
-  explicit ActiveSurface(const void* usedSurface) : surface(LivingSurface(usedSurface)) {
-    if (surface && !surface->isActive()) begun = surface->begin(nullptr);
-  }
-  ~ActiveSurface() {
-    if (begun) surface->end(nullptr, false);
-  }
+  explicit ActiveSurface(const void* usedSurface);
+  ~ActiveSurface();
   ActiveSurface(const ActiveSurface&) = delete;
   ActiveSurface& operator=(const ActiveSurface&) = delete;
 
@@ -22,6 +21,9 @@ class ActiveSurface {
   QGLSurface* operator->() const { return surface; }
 
  private:
+  void UseAnotherWindow();
+
   QGLSurface* surface;
   bool begun = false;
+  std::unique_ptr<QOffscreenSurface> spare;  // in place of the window
 };

@@ -12,5 +12,5 @@ QWindow* LivingWindow(void* pointer) {
 }
 
 QGLSurface* LivingSurface(const void* pointer) {
-  return dynamic_cast<QGLSurface*>(QTD::LivePointers<QTDSurface>::Instance().Find(pointer));
+  return QTD::LivePointers<QGLSurface>::Instance().Find(pointer);
 }

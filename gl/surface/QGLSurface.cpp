@@ -12,6 +12,7 @@
 #include <cstdarg>
 #include <thread>
 
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "gl/screen/QGLSurfaceText.h"
 #include "gl/surface/LivingObjects.h"
@@ -21,8 +22,9 @@ using QTD::ToText;
 namespace {
 
 constexpr std::chrono::milliseconds kCurrentPatience(3000);
-constexpr int64_t kSwapInterval = 31;  // milliseconds
-constexpr int kUnknownLimit = 1024;    // where the driver tells none
+constexpr std::chrono::milliseconds kCurrentPause(10);  // between two tries
+constexpr int64_t kSwapInterval = 31;                   // milliseconds
+constexpr int kUnknownLimit = 1024;                     // where the driver tells none
 
 constexpr const char* kErrorNames[] = {
     // from 0x500 on
@@ -62,9 +64,11 @@ bool IsCompatible(QOpenGLContext& context) {
 QGLSurface::QGLSurface() {
   properties.Set("state", "created");
   properties.Set("smoothing", "1");
+  QTD::LivePointers<QGLSurface>::Instance().Add(this);
 }
 
 QGLSurface::~QGLSurface() {
+  QTD::LivePointers<QGLSurface>::Instance().Remove(this);
   QGLSurface::done();
 }
 
@@ -105,7 +109,7 @@ bool QGLSurface::init(QTD::PROPERTIES* list) {
   publishDriver();
 
   checkError("QGLSurface::init()", 1, 0);  // an error can be asked for only while the context is current
-  end(nullptr, false);
+  leave();
   properties.Set("state", "ready");
   return true;
 }
@@ -165,6 +169,7 @@ bool QGLSurface::done() {
   window.clear();
   lastFlushTime = 0;
   isCurrent = false;
+  waitedInVain = false;
   depth = 0;
   properties.Set("state", "deleted");
   return true;
@@ -172,29 +177,41 @@ bool QGLSurface::done() {
 
 bool QGLSurface::begin(QTD::PROPERTIES*) {
   const QTD::RMutexLock guard(lock);
+  // First of all: on another thread Qt ends the process, and the window may be closing meanwhile.
+  if (context && !onContextThread()) return false;
   if (!window || !window->handle()) return false;
-  if (context && !(isCurrent && isActive())) {
-    if (!onContextThread()) return false;  // Qt ends the process
-    const auto start = std::chrono::steady_clock::now();
-    while (!context->makeCurrent(window)) {
-      if (std::chrono::steady_clock::now() - start >= kCurrentPatience) return false;
-      std::this_thread::yield();
-    }
-    isCurrent = true;
+  if (context && !(isCurrent && isActive()) && !makeCurrent()) return false;
+  // An error is told to whom it happened: a pass within a pass finds those of the code around it.
+  if (++depth == 1) checkError("QGLSurface::begin()", 1, 0);
+  return true;
+}
+
+// A wait in vain is not repeated: a run of the chain asks many times, and the user interface stands still
+// meanwhile. Each later call asks once, until the context is to be had again.
+bool QGLSurface::makeCurrent() {
+  const auto start = std::chrono::steady_clock::now();
+  while (!context->makeCurrent(window)) {
+    waitedInVain = waitedInVain || std::chrono::steady_clock::now() - start >= kCurrentPatience;
+    if (waitedInVain) return false;
+    std::this_thread::sleep_for(kCurrentPause);
   }
-  ++depth;
-  checkError("QGLSurface::begin()", 1, 0);
+  waitedInVain = false;
+  isCurrent = true;
   return true;
 }
 
 void QGLSurface::end(QTD::PROPERTIES*, bool) {
   const QTD::RMutexLock guard(lock);
   if (context && !onContextThread()) return;  // the pass is another thread's
-  checkError("QGLSurface::end()", 1, 0);
   if (depth > 1) {
     --depth;
     return;
   }
+  checkError("QGLSurface::end()", 1, 0);
+  leave();
+}
+
+void QGLSurface::leave() {
   depth = 0;
   if (isCurrent && isActive()) context->doneCurrent();
   isCurrent = false;
@@ -202,7 +219,11 @@ void QGLSurface::end(QTD::PROPERTIES*, bool) {
 
 void QGLSurface::flush(QTD::PROPERTIES* list) {
   const std::unique_lock<QTD::RMutex> guard(lock, std::try_to_lock);
-  if (!guard || !window || !context || !onContextThread()) return;
+  if (!guard) {
+    paintAgain();
+    return;
+  }
+  if (!context || !onContextThread() || !window) return;
   const bool force = list && list->GetInt("force") != 0;
   QSurface* const target = context->surface();
   if (!target) return;
@@ -228,6 +249,20 @@ void QGLSurface::swapLater(int64_t delay) {
     });
   }
   if (!late->isActive()) late->start(static_cast<int>(delay));
+}
+
+// For a swap that was skipped because another thread is inside. Nothing of this surface may be touched here;
+// it is looked up when the GUI thread comes to it.
+void QGLSurface::paintAgain() const {
+  QCoreApplication* const application = QCoreApplication::instance();
+  if (!application) return;
+  const auto makeUp = [pointer = static_cast<const void*>(this)] {
+    QGLSurface* const living = LivingSurface(pointer);
+    if (!living) return;
+    const QTD::RMutexLock guard(living->lock);
+    if (living->context && living->onContextThread()) living->swapLater(kSwapInterval);
+  };
+  QMetaObject::invokeMethod(application, makeUp, Qt::QueuedConnection);
 }
 
 bool QGLSurface::isValid() {

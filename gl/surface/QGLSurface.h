@@ -30,10 +30,12 @@ class QGLSurface : public QTDSurface, public QOpenGLFunctions {
   bool init(QTD::PROPERTIES* list) override;
   bool done() override;
   void text(const char* string, int x, int y, const char* font, const ColorValue* color) override;
-  bool begin(QTD::PROPERTIES* list) override;  // makes the context current, waits up to 3 s for that
+  // Makes the context current. Waits up to 3 s for that, but not again after it has waited in vain, until the
+  // context was to be had. Errors of the driver are asked for in the outermost pass alone, here as in `end`.
+  bool begin(QTD::PROPERTIES* list) override;
   void end(QTD::PROPERTIES* list, bool flush) override;
-  // Swaps the buffers, at most once in 31 ms unless "force" is set; a swap that came too early is made up
-  // for.
+  // Swaps the buffers, at most once in 31 ms unless "force" is set. Waits for no other thread. A swap that
+  // came too early, or found another thread inside, is made up for.
   void flush(QTD::PROPERTIES* list) override;
   bool isValid() override;
   std::string describe(const char* prefix) override;
@@ -73,9 +75,13 @@ class QGLSurface : public QTDSurface, public QOpenGLFunctions {
 
  private:
   bool makeContext();
+  bool makeCurrent();
+  void leave();  // the outermost pass
   bool onContextThread() const;
   void swapLater(int64_t delay);
+  void paintAgain() const;
 
+  bool waitedInVain = false;     // for the context, and it was not to be had since
   int depth = 0;                 // of `begin` within `begin`
   std::unique_ptr<QTimer> late;  // makes up for a swap that came too early
 };

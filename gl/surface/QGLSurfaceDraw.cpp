@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 #include "QTD/screen/Numbers.h"
 #include "QTD/screen/SurfaceText.h"
@@ -44,6 +45,14 @@ void SetColor(const ColorValue& color) {
             static_cast<float>(color.bluePart));
 }
 
+bool IsSmooth(QTD::PROPERTIES& properties) {
+  try {
+    return properties.GetBool("smoothing", "0");
+  } catch (const std::logic_error&) {  // a host's text without a number must not end the painting
+    return false;
+  }
+}
+
 int Plus(int a, int b) {
   return Round(static_cast<double>(a) + b);  // held in the range of int
 }
@@ -72,7 +81,8 @@ void QGLSurface::polyline(const Points& points, const ColorValue* color, int wid
   if (!isActive()) return;
   glBindTexture(GL_TEXTURE_2D, 0);
   glPushAttrib(GL_LINE_BIT | GL_CURRENT_BIT);
-  glLineWidth(static_cast<float>(std::max(width, 1)));
+  // Lines, like the viewport, count in device pixels.
+  glLineWidth(static_cast<float>(std::max(width, 1) * pixelRatio()));
   if (!points.empty()) {
     glBegin(GL_LINES);
     if (color) SetColor(*color);
@@ -117,8 +127,9 @@ void QGLSurface::fill(int x, int y, int w, int h, const ColorValue* color) {
 
 void QGLSurface::image(const ZynImage* picture, const QTD::RectD* target, const QTD::RectD* source) {
   QGLImage* const attached = AttachedImage(picture);
-  const GLint filter = properties.GetBool("smoothing", "0") ? GL_LINEAR : GL_NEAREST;
-  const uint32_t texture = attached ? attached->texture() : 0;
+  const GLint filter = IsSmooth(properties) ? GL_LINEAR : GL_NEAREST;
+  // On another context the same name is another texture.
+  const uint32_t texture = attached && attached->Context() == context ? attached->texture() : 0;
   if (texture == 0 || !isActive()) return;
 
   glEnable(GL_TEXTURE_2D);

@@ -16,12 +16,17 @@ bool QGLSurfaceRef::init(QTD::PROPERTIES* list) {
   if (!LivingSurface(referencedSurface)) return false;
   const QTD::SizeI newSize{list ? list->GetInt("size.x", "0") : 0, list ? list->GetInt("size.y", "0") : 0};
 
+  // The surface is asked itself: its "context" stays in the list after the context is gone. The functions
+  // resolve against the context that is current, so another one than its own will not do.
+  QOpenGLContext* const found = referencedSurface->Context();
+  if (!found || QOpenGLContext::currentContext() != found) {
+    properties.Set("state", "failed");
+    return false;
+  }
   properties.Merge(&referencedSurface->properties);
-  // The surface is asked itself: its "context" stays in the list after the context is gone.
-  context = referencedSurface->Context();
+  context = found;
   window = list ? LivingWindow(list->GetPointer("window")) : nullptr;
-  const bool current = context && QOpenGLContext::currentContext() == context;
-  if (current) prepareFunctions();  // they resolve against the current context
+  prepareFunctions();
 
   size = newSize;
   setArea({0, 0, static_cast<double>(size.width), static_cast<double>(size.height)});
@@ -29,7 +34,7 @@ bool QGLSurfaceRef::init(QTD::PROPERTIES* list) {
   properties.Set("area", areaText());
   properties.Set("class", "QGLSurfaceRef");
   properties.Set("state", "ready");
-  return current;
+  return true;
 }
 
 // The context is the other surface's and stays.

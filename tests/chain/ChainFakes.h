@@ -69,9 +69,13 @@ class FakeStage : public ZynImgProcessor, public QTD::ComponentImpl {
   Journal* journal;
 };
 
+// The controller, as far as chains and stages ask it.
 class FakeDisplay : public ZynDisplayProcessor, public QTD::ComponentImpl {
  public:
-  FakeDisplay() { QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this); }
+  FakeDisplay() {
+    parameters.Set("class", "QTDDisplay");
+    QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this);
+  }
   ~FakeDisplay() override { QTD::LivePointers<ZynDisplayProcessor>::Instance().Remove(this); }
   ZynComponent* GetComponent() override { return component ? component : this; }
   uint32_t Initialize(const ZynImage*) override { return 0; }
@@ -80,6 +84,7 @@ class FakeDisplay : public ZynDisplayProcessor, public QTD::ComponentImpl {
   ZynImgProcessingChain* GetProcessor() override { return nullptr; }
 
   void Publish(const char* name, const void* pointer) { parameters.Set(name, QTD::ToText(pointer)); }
+  void Publish(QTDSurface* surface) { Publish("surface", surface); }
 
   ZynComponent* component = nullptr;  // instead of its own
 };

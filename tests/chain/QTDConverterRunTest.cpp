@@ -278,7 +278,7 @@ TEST_F(QTDConverterRun, puts_line_0_at_the_top) {
 
 TEST_F(QTDConverterRun, leaves_the_surface_of_a_processor_chain_alone) {
   FakeSurface surface(&journal);
-  display.Publish("surface", static_cast<QTDSurface*>(&surface));
+  display.Publish(&surface);
   Prepare(ZYN_PIXEL_MONO8, ZYN_PIXEL_MONO8);
   const Picture source(4, 3, ZYN_PIXEL_MONO8), output(4, 3, ZYN_PIXEL_MONO8);
   EXPECT_EQ(converter.ProcessImage(source, output, nullptr), 0u);
@@ -316,7 +316,7 @@ struct OpenGLConversion : ConverterFixture {
   FakeStage* stage = nullptr;
 
   OpenGLConversion() {
-    display.Publish("surface", static_cast<QTDSurface*>(&surface));
+    display.Publish(&surface);
     stage = Insert(nullptr, "image.output");
     stage->sourceInfo = stage->outputInfo = stage->out = result;
     Publish(&chain);

@@ -34,7 +34,7 @@ struct QTDProcessorRun : testing::Test {
   FakeSurface surface{&journal};
   ZynImage image{};
 
-  QTDProcessorRun() { display.Publish("surface", static_cast<QTDSurface*>(&surface)); }
+  QTDProcessorRun() { display.Publish(&surface); }
 
   FakeStage* Add(QTDProcessor& chain, const char* name) {
     auto* const stage = new FakeStage(name, &journal);
@@ -186,7 +186,7 @@ TEST_F(QTDProcessorRun, leaves_the_surface_of_a_processor_chain_alone) {
 }
 
 TEST_F(QTDProcessorRun, runs_without_a_surface_where_there_is_none) {
-  display.Publish("surface", nullptr);
+  display.Publish(nullptr);
   QTDProcessor chain(&display, true);
   Add(chain, "a");
   EXPECT_EQ(chain.GetSurface(), nullptr);

@@ -25,14 +25,13 @@ namespace {
 constexpr uint32_t kFailed = 0x80FF0001;
 constexpr uint32_t kWidth = 12, kHeight = 10;
 
-// The suite stands behind all names: without an X server none of this can run.
+// "on the screen" ends all names: without an X server none of this can run.
 class QglChain : public GLFixture {
  protected:
   void SetUp() override {
     GLFixture::SetUp();
     if (HasFatalFailure()) return;
-    display.Parameters().Set("class", "QTDDisplay");
-    display.Publish("surface", static_cast<QTDSurface*>(surface.get()));
+    display.Publish(surface.get());
   }
   void SetStrict(int strict) { display.SetParameterInt("strict", strict); }
 
@@ -152,7 +151,7 @@ TEST_F(QglChain, needs_a_display_with_a_surface_on_the_screen) {
   QTDProcessor ownerless(nullptr, true);
   EXPECT_EQ(ownerless.Init(format), kFailed);
   EXPECT_EQ(ownerless.GetProcessorCount(), 0);
-  display.Publish("surface", nullptr);
+  display.Publish(nullptr);
   QTDProcessor chain(&display, true);
   EXPECT_EQ(chain.Init(format), kFailed);
   EXPECT_EQ(chain.GetProcessorCount(), 0);
@@ -163,12 +162,7 @@ TEST_F(QglChain, a_stage_that_fails_fails_the_whole_and_nothing_stays_on_the_scr
   const GLNames before = names();
   QTDProcessor chain(&display, true);
   // The overlay takes no TrueSense pixels, and there is no way around it.
-  const QTD::PixelRow* const row = QTD::FindPixelRowByName("TrueSenseG1A_8");
-  uint32_t code = row ? row->code : 0;
-  for (uint32_t n = 1; code == 0 && n <= QTD::kPixelRows; ++n)
-    if (QTD::IsTrueSenseFormat(QTD::FindPixelRow(n)->code)) code = QTD::FindPixelRow(n)->code;
-  ASSERT_NE(code, 0u);
-  const Picture format(kWidth, kHeight, code);
+  const Picture format(kWidth, kHeight, ZYN_PIXEL_TRUESENSE_GRBG_WGGW_1_8);
   EXPECT_EQ(chain.Init(format), kFailed);
   EXPECT_EQ(chain.GetProcessorCount(), 0);
   EXPECT_EQ(names(), before);
@@ -186,7 +180,9 @@ TEST_F(QglChain, leaves_nothing_behind_when_it_is_built_again_and_again_on_the_s
     EXPECT_LT(names().framebuffers, built.framebuffers);
   }
   EXPECT_EQ(names(), before);
-  EXPECT_TRUE(surface->isActive());  // each pass was ended
+  EXPECT_TRUE(surface->isActive());  // no pass was ended twice,
+  surface->end(nullptr, false);
+  EXPECT_FALSE(surface->isActive());  // and each was ended
 }
 
 TEST_F(QglChain, carries_the_image_id_through_on_the_screen) {

@@ -2,50 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
+#include "support/NotingSurface.h"
 #include "tests/cpu/CPUSurfaceFixture.h"
 #include "tests/cpu/DrawingHelpers.h"
 
 namespace {
-
-// Writes down what it is told to draw.
-class NotingSurface : public QTDSurface {
- public:
-  struct Fill {
-    int x, y, w, h;
-    ColorValue color;
-  };
-
-  void fill(int x, int y, int w, int h, const ColorValue* color) override {
-    fills.push_back({x, y, w, h, *color});
-    order += 'f';
-  }
-  void image(const ZynImage* picture, const QTD::RectD* to, const QTD::RectD* from) override {
-    drawn = picture;
-    target = *to;
-    source = *from;
-    order += 'i';
-  }
-  void flush(QTD::PROPERTIES*) override { order += 'F'; }
-
-  std::vector<Fill> fills;
-  const ZynImage* drawn = nullptr;
-  QTD::RectD target, source;
-  std::string order;
-};
-
-void ExpectWhole(const NotingSurface::Fill& fill, int red, int green, int blue) {
-  EXPECT_EQ(fill.x, -1);
-  EXPECT_EQ(fill.y, -1);
-  EXPECT_EQ(fill.w, -1);
-  EXPECT_EQ(fill.h, -1);
-  EXPECT_EQ(fill.color.range, 256);
-  EXPECT_EQ(fill.color.red, red);
-  EXPECT_EQ(fill.color.green, green);
-  EXPECT_EQ(fill.color.blue, blue);
-}
 
 // Sets the picture's rectangle without the arithmetic of a view.
 class PlacedScreen : public CPUScreen {

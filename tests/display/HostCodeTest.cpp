@@ -1,7 +1,6 @@
 // Code of the host's that the library calls with locks of its own held, and what must not wait for it.
 #include <QChildEvent>
 #include <chrono>
-#include <future>
 #include <memory>
 #include <thread>
 
@@ -17,17 +16,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Runs `step` on another thread; whether it ended in time, without events being handled here.
-bool EndsElsewhere(std::function<void()> step, std::chrono::seconds patience = std::chrono::seconds(10)) {
-  auto done = std::make_shared<std::promise<void>>();
-  std::future<void> end = done->get_future();
-  std::thread([done, step = std::move(step)] {
-    step();
-    done->set_value();
-  }).detach();
-  return end.wait_for(patience) == std::future_status::ready;
-}
-
 // A host's widget that runs code when a child comes in or goes.
 class WatchingParent : public QWidget {
  public:
@@ -41,17 +29,6 @@ class WatchingParent : public QWidget {
     code = nullptr;
     once();
   }
-};
-
-// A stage that runs some code of the host's when it is released.
-class PartingStage : public HostCodeStage {
- public:
-  explicit PartingStage(std::function<void()> hostCode)
-      : HostCodeStage([] { return 0u; }), parting(std::move(hostCode)) {}
-  void Release() override { parting(); }
-
- private:
-  std::function<void()> parting;
 };
 
 }  // namespace

@@ -27,6 +27,14 @@ class LostParent : public testing::Test {
     auto* chain = display->GetProcessor();
     ASSERT_EQ(chain->InsertProcessor("image.unpacked", "host", new HostCodeStage(std::move(code))), 0u);
   }
+  // Its end waits for two calls on another thread, and counts those that came to an end.
+  void AddPartingStage() {
+    auto* const stage = new PartingStage([this] {
+      parted += EndsElsewhere([shown = display.get()] { shown->GetProcessor(); });
+      parted += EndsElsewhere([shown = display.get()] { shown->SetFit(1, false); });
+    });
+    ASSERT_EQ(display->GetProcessor()->AddProcessor("parting", stage), 0u);
+  }
   void ExpectClosed() {
     EXPECT_EQ(owner, nullptr);
     EXPECT_EQ(display->Viewer(), nullptr);
@@ -47,6 +55,7 @@ class LostParent : public testing::Test {
 
   HostImage image{ZYN_PIXEL_MONO8, 64, 48, 0, 7};
   Receiver receiver;
+  int parted = 0;
   std::unique_ptr<QWidget> owner;
   std::unique_ptr<QTDDisplay> display;
 };
@@ -104,6 +113,65 @@ TEST_F(LostParent, in_a_rebuild_closes_the_display) {
   EXPECT_EQ(display->OutputRate().Total(), 1);
   EXPECT_EQ(display->LastError(), 8u);
   ExpectClosed();
+}
+
+// Code of the host's waits for another thread of the host's, while its stages go with the display.
+
+TEST_F(LostParent, in_a_stage_ends_the_stages_without_the_displays_locks) {
+  AddPartingStage();
+  AddStage([this] { return owner.reset(), 0u; });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  EXPECT_TRUE(WaitFor([this] { return parted == 2; }));
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_conversion_ends_the_stages_without_the_displays_locks) {
+  AddPartingStage();
+  AddStage([this] { return owner.reset(), 0u; });
+  HostImage output(ZYN_PIXEL_RGB8, 64, 48);
+  EXPECT_EQ(display->ConvertImage(&image.record, &output.record), Composed(8));
+  EXPECT_EQ(parted, 2);
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_rebuild_ends_the_stages_without_the_displays_locks) {
+  AddPartingStage();
+  int runs = 0;
+  AddStage([&, this] {
+    if (++runs == 2) owner.reset();
+    return 0u;
+  });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return display->OutputRate().Total() == 1; }));
+  display->slotRebuildImage();
+  EXPECT_EQ(parted, 2);
+  ExpectClosed();
+}
+
+// A receiver hears of the failure before the display is closed.
+TEST_F(LostParent, in_a_stage_may_be_followed_by_an_initialisation_in_the_notification) {
+  QWidget another;
+  another.resize(100, 80);
+  another.show();
+  AddStage([this] { return owner.reset(), 0u; });
+  uint32_t code = 99;
+  receiver.OnMessage([&](const std::string& name) {
+    if (name != "notification.image" || code != 99) return;
+    display->slotRebuildImage();  // nothing to show it in
+    display->Parameters().Set("system.parentWidget", QTD::ToText(static_cast<const void*>(&another)));
+    code = display->Initialize(&image.record);
+  });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return receiver.Images() == 1; }));
+  Settle(20);
+  EXPECT_EQ(receiver.LastResult(), "8");
+  EXPECT_EQ(code, 0u);
+  EXPECT_NE(display->Viewer(), nullptr);
+  ASSERT_NE(display->GetProcessor(), nullptr);
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return receiver.Images() == 2; }));
+  EXPECT_EQ(receiver.LastResult(), "0");
+  display.reset();
 }
 
 TEST_F(LostParent, in_a_notification_closes_the_display) {

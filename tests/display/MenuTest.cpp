@@ -1,25 +1,14 @@
 // The context menu: what it holds, what its entries do, and how it is shown and deleted.
-#include <QAction>
-#include <QKeyEvent>
-#include <QMenu>
-#include <QPointer>
-#include <QTimer>
 #include <stdexcept>
 #include <thread>
 #include <utility>
 
-#include "tests/display/PictureFixture.h"
+#include "tests/display/MenuFixture.h"
 
 namespace display_test {
 
-class Menu : public PictureTest {
+class Menu : public OpenMenuTest {
  protected:
-  QMenu* Create(QTD::ARGUMENTS* args) {
-    EXPECT_EQ(Run("cmd.system.menu.create", args), 1u);
-    return QTD::ParsePointerAs<QMenu>((*args)["qmenu"]);
-  }
-  QMenu* Create() { return Create(&arguments); }
-
   static QList<QAction*> Entries(QMenu& menu) {
     QList<QAction*> all;
     for (QAction* action : menu.actions()) {
@@ -27,12 +16,6 @@ class Menu : public PictureTest {
       if (action->menu()) all.append(action->menu()->actions());
     }
     return all;
-  }
-  static QAction* Find(QMenu& menu, const char* label) {
-    for (QAction* action : Entries(menu)) {
-      if (action->text() == QLatin1String(label)) return action;
-    }
-    return nullptr;
   }
   void Trigger(const char* label) {
     QTD::ARGUMENTS args;
@@ -43,13 +26,6 @@ class Menu : public PictureTest {
     EXPECT_TRUE(action->isEnabled()) << label;
     action->trigger();
     EXPECT_EQ(Run("cmd.system.menu.delete", &args), 1u);
-  }
-  // Runs `action` when the menu is seen.
-  static void WhenShown(const QPointer<QMenu>& menu, std::function<void()> action) {
-    QTimer::singleShot(5, [menu, action] {
-      if (menu && !menu->isVisible()) return WhenShown(menu, action);
-      action();
-    });
   }
   // Counts repaints that are asked for.
   int Updates(const std::function<void()>& action) {
@@ -66,8 +42,6 @@ class Menu : public PictureTest {
     Settle();
     return counter.count;
   }
-
-  QTD::ARGUMENTS arguments;
 };
 
 TEST_F(Menu, without_a_screen_nothing_is_written_and_nothing_can_be_shown) {

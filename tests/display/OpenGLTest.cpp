@@ -1,96 +1,18 @@
 // The display on the card, end to end. Most of it needs an X server; without OpenGL the last test is run.
-#include <QScreen>
 #include <cmath>
-#include <cstdio>
 #include <thread>
 
-#include "QTD/chain/QTDProcessor.h"
 #include "QTD/image/PixelFormats.h"
-#include "gl/surface/QGLSurface.h"
 #include "support/FlatScene.h"
+#include "support/ResidentMemory.h"
 #include "support/WithoutOpenGL.h"
-#include "tests/display/PictureFixture.h"
+#include "tests/display/OpenGLFixture.h"
 
 namespace display_test {
 namespace {
 
 using flat_scene::FlatScene;
 using flat_scene::Kind;
-
-// Resident memory, in bytes.
-int64_t Resident() {
-  int64_t pages = 0, resident = 0;
-  FILE* const file = std::fopen("/proc/self/statm", "r");
-  if (file) {
-    if (std::fscanf(file, "%ld %ld", &pages, &resident) != 2) resident = 0;
-    std::fclose(file);
-  }
-  return resident * 4096;
-}
-
-class OpenGLDisplay : public PictureTest {
- protected:
-  void SetVariant(bool opengl) { display->SetParameterInt("system.opengl", opengl); }
-
-  // Initialises on the card for a picture and shows it.
-  void ShowOnCard(const HostImage& picture) {
-    SetVariant(true);
-    Start(picture);
-    ASSERT_TRUE(display->Viewer() && Window()) << "there is no OpenGL";
-    ASSERT_TRUE(WaitFor([&] { return Window()->isExposed() && Screen()->isReady(); }));
-    ShowNext(picture);
-  }
-  void ShowNext(const HostImage& picture) {
-    const std::size_t before = receiver.Images();
-    ASSERT_EQ(display->DisplayVideo(&picture.record), 0u);
-    ASSERT_TRUE(WaitForImages(before + 1));
-    ASSERT_EQ(receiver.LastResult(), "0");
-    Settle(120);  // swaps are 31 ms apart
-  }
-  QImage Grab() { return Window()->QWindow::screen()->grabWindow(Window()->winId()).toImage(); }
-  QGLSurface* Surface() { return dynamic_cast<QGLSurface*>(Window()->Surface()); }
-
-  std::string StageNames() {
-    auto* const chain = dynamic_cast<QTDProcessor*>(display->GetProcessor());
-    std::string names;
-    for (int index = 0; chain && index < chain->GetProcessorCount(); ++index)
-      names += std::string(chain->Stages().NameAt(index)) + " ";
-    return names;
-  }
-
-  // How many names of each kind live in the display's context.
-  std::string Names() {
-    QGLSurface& gl = *Surface();
-    if (!gl.begin(nullptr)) return "no context";
-    int textures = 0, framebuffers = 0, renderbuffers = 0, programs = 0;
-    for (GLuint name = 1; name <= 3000; ++name) {
-      textures += gl.glIsTexture(name);
-      framebuffers += gl.glIsFramebuffer(name);
-      renderbuffers += gl.glIsRenderbuffer(name);
-      programs += gl.glIsProgram(name);
-    }
-    gl.end(nullptr, false);
-    return QTD::ToText(textures) + " " + QTD::ToText(framebuffers) + " " + QTD::ToText(renderbuffers) + " " +
-           QTD::ToText(programs);
-  }
-};
-
-// Red above, blue below.
-void FillHalves(HostImage& picture) {
-  const uint32_t width = picture.record.width, height = picture.record.height;
-  for (uint32_t y = 0; y < height; ++y) {
-    for (uint32_t x = 0; x < width; ++x) {
-      uint8_t* const pixel = picture.pixels.data() + y * picture.record.linePitch + 3 * x;
-      pixel[y < height / 2 ? 0 : 2] = 250;
-    }
-  }
-}
-
-void ExpectHalves(const QImage& seen) {
-  const int x = seen.width() / 2, y = seen.height() / 2;
-  EXPECT_EQ(seen.pixel(x, y - 15), qRgb(250, 0, 0));
-  EXPECT_EQ(seen.pixel(x, y + 15), qRgb(0, 0, 250));
-}
 
 TEST_F(OpenGLDisplay, shows_a_picture_upright_on_the_screen) {
   HostImage picture(ZYN_PIXEL_RGB8, 120, 80);
@@ -169,11 +91,11 @@ TEST_F(OpenGLDisplay, switches_between_the_variants_in_mid_run_on_the_screen) {
     ASSERT_EQ(Surface(), nullptr);
     ASSERT_EQ(display->DisplayVideo(&picture.record), 0u);
     Settle(5);
-    if (round == 19) early = Resident();
+    if (round == 19) early = ResidentBytes();
   }
-  RecordProperty("growth", std::to_string(Resident() - early));
+  RecordProperty("growth", std::to_string(ResidentBytes() - early));
   // A texture or a context a round would be more.
-  EXPECT_LT(Resident() - early, 16 << 20);
+  EXPECT_LT(ResidentBytes() - early, 16 << 20);
 }
 
 TEST_F(OpenGLDisplay, a_rebuild_leaves_no_names_behind_on_the_screen) {

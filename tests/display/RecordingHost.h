@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
 #include "tests/display/DisplayFixture.h"
 
 namespace display_test {
@@ -52,5 +54,13 @@ class RecordingHost : public ZynDisplayCommand {
   std::vector<Message> messages;
   int probes = 0;
 };
+
+// Whether a host that listens is told that the view changes.
+inline bool HearsTheView(RecordingHost& host, QTDDisplay& display) {
+  host.Clear();
+  display.Viewer()->Window()->Execute("view.changed", nullptr);
+  EXPECT_TRUE(host.HeardAll(display));
+  return !host.Of("notification.view").empty();
+}
 
 }  // namespace display_test

@@ -1,7 +1,6 @@
 // A thousand changes of the variant while pictures come: what each of them made has gone again.
-#include <cstdio>
-
 #include "gl/surface/QGLSurface.h"
+#include "support/ResidentMemory.h"
 #include "tests/display/PictureFixture.h"
 #include "tests/display/Sanitized.h"
 
@@ -10,17 +9,6 @@ namespace {
 
 constexpr int kSwitches = kSanitized ? 60 : 1000;
 constexpr int kWarmUp = kSwitches / 5;  // until caches of fonts, of the driver and of the allocator are full
-
-// Resident memory, in bytes.
-int64_t Resident() {
-  int64_t pages = 0, resident = 0;
-  FILE* const file = std::fopen("/proc/self/statm", "r");
-  if (file) {
-    if (std::fscanf(file, "%ld %ld", &pages, &resident) != 2) resident = 0;
-    std::fclose(file);
-  }
-  return resident * 4096;
-}
 
 class VariantSwitch : public PictureTest {
  protected:
@@ -66,9 +54,9 @@ TEST_F(VariantSwitch, a_thousand_times_in_mid_run_leaves_nothing_behind_on_the_s
       ASSERT_GT(names[0], 0);
     }
     ASSERT_EQ(display->DisplayVideo(&picture.record), 0u);  // still under way when the variant changes
-    if (n == kWarmUp) early = Resident();
+    if (n == kWarmUp) early = ResidentBytes();
   }
-  const int64_t growth = Resident() - early;
+  const int64_t growth = ResidentBytes() - early;
   RecordProperty("growth", std::to_string(growth));
   // One picture of this size a change would be 24 MiB, a context a change a lot more.
   if (!kSanitized) {

@@ -1,5 +1,4 @@
 // The arguments of the view commands: absent, empty, out of range and malformed.
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -263,12 +262,7 @@ TEST_F(ViewArguments, the_notification_flags_are_kept_where_no_new_ones_can_be_r
   Show();
   RecordingHost host;
   display->AddNotification(&host);
-  const auto hears = [&] {
-    host.Clear();
-    Window()->Execute("view.changed", nullptr);
-    EXPECT_TRUE(host.HeardAll(*display));
-    return !host.Of("notification.view").empty();
-  };
+  const auto hears = [&] { return HearsTheView(host, *display); };
   const char* const command = "cmd.display.view.nofication";
   EXPECT_EQ(Run(command, {{"flags", "1"}}), 1u);
   EXPECT_TRUE(hears());

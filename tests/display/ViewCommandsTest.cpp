@@ -283,12 +283,7 @@ TEST_F(ViewCommands, the_windows_notification_flags_are_set) {
   Show();
   RecordingHost host;
   display->AddNotification(&host);
-  const auto hears = [&] {
-    host.Clear();
-    Window()->Execute("view.changed", nullptr);
-    EXPECT_TRUE(host.HeardAll(*display));
-    return !host.Of("notification.view").empty();
-  };
+  const auto hears = [&] { return HearsTheView(host, *display); };
   EXPECT_TRUE(hears());
   EXPECT_EQ(Run("cmd.display.view.nofication", {{"flags", "4"}}), 1u);
   EXPECT_FALSE(hears());

@@ -58,8 +58,22 @@ TEST_F(OpenGL, marks_are_read_when_the_stage_is_prepared) {
   marks->GetComponent()->SetParameterInt("thres.lo", 101);
   marks->GetComponent()->SetParameterInt("color.lo", 0xFF0000);
   EXPECT_EQ(marks->Init(&own, nullptr), 0u);
-  marks->Enable(true);
   EXPECT_TRUE(Shows(QColor(0, 0, 255))) << qPrintable(OnScreen(200, 150).name());
+  EXPECT_FALSE(marks->Enable(false));
+  EXPECT_TRUE(Shows(QColor(100, 100, 100))) << qPrintable(OnScreen(200, 150).name());
+}
+
+// The window is painted and laid out anew before the next image comes.
+TEST_F(OpenGL, a_stage_that_is_prepared_anew_shows_the_next_image) {
+  if (!Start()) return;
+  EXPECT_TRUE(Shows(QColor(100, 100, 100)));
+  ZynImgProcessor* marks = Stage("image.coloration");
+  ZynImage own = *marks->GetImageInfo(true);
+  EXPECT_EQ(marks->Init(&own, nullptr), 0u);
+  widget.resize(440, 340);
+  WaitFor([] { return false; }, 50);
+  marks->Enable(false);
+  EXPECT_TRUE(Shows(QColor(100, 100, 100))) << qPrintable(OnScreen(200, 150).name());
 }
 
 }  // namespace guide

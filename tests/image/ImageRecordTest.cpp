@@ -289,6 +289,16 @@ TEST(ImageCompleted, takes_what_follows_from_the_code_from_the_table) {
   EXPECT_EQ(completed.origin, 1u);
 }
 
+TEST(ImageCompleted, follows_no_attachments) {
+  ZynImage record{};
+  record.attachments = reinterpret_cast<void*>(uintptr_t{0x10});
+  for (const uint32_t code : {0x01100306u, 0x010803FFu}) {
+    record.pixelType = code;
+    EXPECT_EQ(QTD::ImageCompleted(record).attachments, nullptr);
+    EXPECT_NE(record.attachments, nullptr);
+  }
+}
+
 TEST(ImageCompleted, leaves_a_record_of_an_unknown_code_as_it_is) {
   ZynImage record{};
   record.pixelType = 0x010803FF;

@@ -247,4 +247,11 @@ class ViewerTest : public testing::Test {
   QTD::Messenger messenger;
 };
 
+inline QScrollBar* VerticalBar(const QWidget& host) {
+  for (QScrollBar* bar : host.findChildren<QScrollBar*>()) {
+    if (bar->orientation() == Qt::Vertical) return bar;
+  }
+  return nullptr;
+}
+
 }  // namespace windowtest

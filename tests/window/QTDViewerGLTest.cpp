@@ -1,10 +1,8 @@
 // The stages on the card that the viewer adds to a chain. Needs an X server.
 #include "Harness.h"
-#include "QTD/chain/QTDProcessor.h"
-#include "QTD/frame/LivePointers.h"
 #include "QTD/window/QTDViewer.h"
 #include "RecordingChain.h"
-#include "ZynDisplay.h"
+#include "chain/ChainFakes.h"
 #include "gl/screen/QGLScreen.h"
 #include "gl/stages/QGLIPExposureColoration.h"
 #include "gl/stages/QGLIPImage.h"
@@ -21,26 +19,12 @@ class OpenViewer : public QTDViewer {
   using QTDViewer::stageSource;
 };
 
-// The controller, as far as chain and stages ask it.
-class FakeController : public ZynDisplayProcessor, public QTD::ComponentImpl {
- public:
-  FakeController() { QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this); }
-  ~FakeController() override { QTD::LivePointers<ZynDisplayProcessor>::Instance().Remove(this); }
-  ZynComponent* GetComponent() override { return this; }
-  uint32_t Initialize(const ZynImage*) override { return 0; }
-  uint32_t DisplayVideo(const ZynImage*) override { return 0; }
-  void Uninitialize() override {}
-  ZynImgProcessingChain* GetProcessor() override { return nullptr; }
-};
-
 class QTDViewerGL : public testing::Test {
  protected:
   void SetUp() override {
     viewer = std::make_unique<OpenViewer>(&host, true);
     ASSERT_NE(viewer->Window(), nullptr) << "there is no OpenGL";
-    controller.Parameters()
-        .Set("class", "QTDDisplay")
-        .Set("surface", viewer->Parameters().GetString("surface"));
+    controller.Publish(viewer->Window()->Surface());
     viewer->setDisplay(&controller);
   }
   static ZynImage Format(uint32_t pixelType) {
@@ -59,7 +43,7 @@ class QTDViewerGL : public testing::Test {
     return text;
   }
 
-  FakeController controller;
+  chain_test::FakeDisplay controller;
   QWidget host;
   std::unique_ptr<OpenViewer> viewer;
 };

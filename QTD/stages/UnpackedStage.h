@@ -1,0 +1,59 @@
+// What an exposure coloration judges pictures by: the chain's stage "image.unpacked".
+#pragma once
+
+#include <atomic>
+#include <mutex>
+
+#include "ZynComponent.h"
+#include "ZynImgProcessor.h"
+
+namespace QTD {
+
+// The chain that a coloration was made for. Any thread.
+class ChainLink {
+ public:
+  // Null or no chain: there is no stage then. A chain of this library is not followed when it has gone; a
+  // host's own has to live as long as the coloration.
+  explicit ChainLink(ZynComponent* chainComponent);
+  ChainLink(const ChainLink&) = delete;
+  ChainLink& operator=(const ChainLink&) = delete;
+
+  // First in the coloration's destructor: who waits for the chain goes on without a stage, and this waits for
+  // them.
+  void End();
+
+ private:
+  friend class UnpackedStage;
+  ZynImgProcessingChain* Chain() const;
+
+  ZynComponent* component;    // not owned
+  const bool known;           // a chain of this library
+  std::atomic<int> calls{0};  // that ask the chain, or wait for it
+  std::atomic<bool> leaving{false};
+};
+
+// Found anew for every use, since a host may have taken it out. While this lives no stage leaves the chain:
+// its lock is held, and so is taken before any stage's.
+class UnpackedStage {
+ public:
+  explicit UnpackedStage(ChainLink& chainLink);
+  ~UnpackedStage();
+  UnpackedStage(const UnpackedStage&) = delete;
+  UnpackedStage& operator=(const UnpackedStage&) = delete;
+
+  ZynImgProcessor* Stage() const { return stage; }
+
+  // What the stage answers, null without one and where it throws. It may be a host's: to be asked before the
+  // coloration takes its own lock, which another thread may need for the answer.
+  const ZynImage* Out() const;
+  const ZynImage* Info(bool source) const;
+
+ private:
+  bool Lock(ZynImgProcessingChain& chain);
+
+  ChainLink& link;
+  std::unique_lock<std::recursive_mutex> guard;
+  ZynImgProcessor* stage = nullptr;
+};
+
+}  // namespace QTD
