@@ -3,7 +3,7 @@
 
 ARGS ?=
 
-.PHONY: run test bench gallery tour matrix twins build deps clean
+.PHONY: run test bench package check-packages reference gallery tour matrix twins build deps clean
 
 run: deps build
 	tools/with-screen build/release/apps/zynview/zynview $(if $(DISPLAY),,--seconds 5 --save build/zynview.png) $(ARGS)
@@ -16,11 +16,27 @@ deps:
 	@tools/install-packages build run test
 
 test: deps
+	@tools/install-packages package
 	tools/run-tests
 
 bench: deps build
 	tools/with-screen --virtual build/release/bench/zynbench --benchmark_filter=-OpenGL
 	tools/with-screen --virtual env QT_QPA_PLATFORM=xcb build/release/bench/zynbench --benchmark_filter=OpenGL
+
+# The Debian packages, in build/packages.
+package: deps
+	@tools/install-packages package
+	tools/make-package
+
+# Installs, runs and purges the packages in a fresh Debian root.
+check-packages:
+	@tools/install-packages root
+	tests/install/check-packages
+
+# The reference of the public headers, in build/reference.
+reference:
+	@tools/install-packages package
+	tools/make-reference
 
 # The pictures of docs/gallery.md.
 gallery: deps build

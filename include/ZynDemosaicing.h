@@ -1,4 +1,6 @@
-// The demosaicing component: turns an image of a Bayer sensor into three channels.
+/// @file
+/// The demosaicing component: turns an image of a Bayer sensor into three channels. A library of its own,
+/// which needs no Qt: `ZynDemosaicing`.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +9,7 @@
 #include "ZynImage.h"
 
 #ifndef ZYN_EXPORT
+/// Marks what the shared libraries show.
 #define ZYN_EXPORT __attribute__((visibility("default")))
 #endif
 
@@ -42,24 +45,27 @@
 /// `ZynErrorCode` in the low 16 bits; 0 is success.
 class ZynBayer {
  public:
-  /// The parameters. Owned by this object.
+  /// The parameters: "BayerAlgType". Owned by this object. Any thread.
   virtual ZynComponent* GetComponent() = 0;
 
   /// Interpolates `source` into the buffer of `output`; both must be like the images given to `Init`, with
-  /// lines that lie within `imageSize`, and must not share memory. 7 for images that are not so, 8 before
-  /// `Init`.
+  /// lines that lie within `imageSize`, and must not share memory. The caller owns both, and keeps them until
+  /// the call is back. 7 for images that are not so, 8 before `Init`. Any thread; calls wait for each other.
   virtual uint32_t ProcessImage(const ZynImage* source, ZynImage* output) = 0;
 
   /// Prepares for sources and outputs like these; the buffers are not touched. 3 for formats that are not
-  /// handled, 7 for null, empty and unequal images and for an unknown method, 9 without memory.
+  /// handled, 7 for null, empty and unequal images and for an unknown method, 9 without memory. After a
+  /// failure the component is as before its first `Init`. Any thread.
   virtual uint32_t Init(const ZynImage* source, ZynImage* output) = 0;
 
-  /// Frees what `Init` made.
+  /// Frees what `Init` made; waits for a `ProcessImage` that is under way. Any thread.
   virtual void Release() = 0;
 
+  /// A new component, owned by the caller; null without memory. Any thread.
   ZYN_EXPORT static ZynBayer* CreateComponent();
 
-  /// Null is ignored.
+  /// Frees a component that `CreateComponent` made, with its parameters. Null is ignored. Any thread, when no
+  /// other one is inside it.
   ZYN_EXPORT static void DeleteComponent(ZynBayer* component);
 
  protected:

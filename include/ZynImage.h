@@ -1,4 +1,5 @@
-// The image record that travels between the host and the library.
+/// @file
+/// The image record that travels between the host and the library.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +12,13 @@
 /// does not own the block: clear `ownedData` and `attachments` in a copy.
 ///
 /// Line 0 starts at `imageData`; line n starts at `imageData + n * linePitch`.
+///
+/// A host's record needs `pixelType`, `width`, `height`, `linePitch`, `imageSize` and, with pixels,
+/// `imageData`; for a single stage also `bitDepth` and `channels`, which a display takes from the pixel code.
+/// The rest may be 0.
+///
+/// Threads: a record has no lock. The library reads a host's record and pixels during the call that hands
+/// them over, and not afterwards.
 struct ZynImage {
   uint32_t structSize;    ///< 96 in every record that the library builds
   uint32_t version;       ///< carried along, not interpreted

@@ -1,12 +1,23 @@
-// The pixel codes of the library, named after their formats.
-//
-// A code is 0xFFBBGGII: FF the family (1 monochrome, 2 RGB, 3 Bayer, 4 TrueSense, 5 YUV), BB the storage bits
-// of one pixel, GG the group (depth and packing), II the running number. Cameras speak of formats by other,
-// public codes: a host translates by name.
+/// @file
+/// The pixel codes of the library, named after their formats.
+///
+/// A code is 0xFFBBGGII: FF the family (1 monochrome, 2 RGB, 3 Bayer, 4 TrueSense, 5 YUV), BB the storage
+/// bits of one pixel, GG the group (depth and packing), II the running number. Cameras speak of formats by
+/// other, public codes: a host translates by name.
+///
+/// In the names: a number is the bits of one sample; 10, 12 and 14 bits without a suffix lie in the low bits
+/// of 16-bit words, little end first. "P" samples follow each other bit by bit; "PACKED" ones lie two in
+/// three bytes. A Bayer order names the first two places of the first line: in RG, red comes first and green
+/// second.
 #pragma once
 
 #include <cstdint>
 
+/// @name Monochrome
+/// @{
+
+/// One sample for each pixel. Shown and converted, but not the ones called BRIOPACKED, which pass a display
+/// unread.
 constexpr uint32_t ZYN_PIXEL_MONO8 = 0x01080101;
 constexpr uint32_t ZYN_PIXEL_MONO10 = 0x01100202;
 constexpr uint32_t ZYN_PIXEL_MONO10P = 0x010A2203;
@@ -19,6 +30,13 @@ constexpr uint32_t ZYN_PIXEL_MONO12_BRIOPACKED = 0x010C3309;
 constexpr uint32_t ZYN_PIXEL_MONO14 = 0x0110040A;
 constexpr uint32_t ZYN_PIXEL_MONO16 = 0x0110050B;
 constexpr uint32_t ZYN_PIXEL_MONO8_BRIOPACKED = 0x0108310C;
+/// @}
+
+/// @name Bayer
+/// @{
+
+/// One sample for each pixel, of the colour that its place sees. Shown and converted in all orders, depths
+/// and packings.
 constexpr uint32_t ZYN_PIXEL_BAYERGR8 = 0x0308010D;
 constexpr uint32_t ZYN_PIXEL_BAYERRG8 = 0x0308010E;
 constexpr uint32_t ZYN_PIXEL_BAYERGB8 = 0x0308010F;
@@ -55,6 +73,12 @@ constexpr uint32_t ZYN_PIXEL_BAYERGR16 = 0x0310052D;
 constexpr uint32_t ZYN_PIXEL_BAYERRG16 = 0x0310052E;
 constexpr uint32_t ZYN_PIXEL_BAYERGB16 = 0x0310052F;
 constexpr uint32_t ZYN_PIXEL_BAYERBG16 = 0x03100530;
+/// @}
+
+/// @name TrueSense
+/// @{
+
+/// One sample for each pixel, with white places among the colours. Refused by displays and stages.
 constexpr uint32_t ZYN_PIXEL_TRUESENSE_BGGR_WBBW_0_8 = 0x04080131;
 constexpr uint32_t ZYN_PIXEL_TRUESENSE_BGGR_WBBW_1_8 = 0x04080132;
 constexpr uint32_t ZYN_PIXEL_TRUESENSE_BGGR_WBBW_2_8 = 0x04080133;
@@ -119,6 +143,13 @@ constexpr uint32_t ZYN_PIXEL_TRUESENSE_RGGB_WRRW_0_14 = 0x0410046D;
 constexpr uint32_t ZYN_PIXEL_TRUESENSE_RGGB_WRRW_1_14 = 0x0410046E;
 constexpr uint32_t ZYN_PIXEL_TRUESENSE_RGGB_WRRW_2_14 = 0x0410046F;
 constexpr uint32_t ZYN_PIXEL_TRUESENSE_RGGB_WRRW_3_14 = 0x04100470;
+/// @}
+
+/// @name RGB and BGR
+/// @{
+
+/// Three samples for each pixel in the order of the name, or four with alpha. Shown and converted, but those
+/// with alpha and the ones called BRIO pass a display unread.
 constexpr uint32_t ZYN_PIXEL_RGB8 = 0x02180171;
 constexpr uint32_t ZYN_PIXEL_BGR8 = 0x02180172;
 constexpr uint32_t ZYN_PIXEL_RGBA8 = 0x02200173;
@@ -134,9 +165,18 @@ constexpr uint32_t ZYN_PIXEL_BGR16 = 0x0230057C;
 constexpr uint32_t ZYN_PIXEL_RGB_8_BRIO_PACKED = 0x0218317D;
 constexpr uint32_t ZYN_PIXEL_RGB_10_BRIO_PACKED = 0x0220327E;
 constexpr uint32_t ZYN_PIXEL_RGB_12_BRIO_PACKED = 0x0224337F;
+/// @}
+
+/// @name YUV
+/// @{
+
+/// Brightness for each pixel, colour for two, in the order U Y V Y for UYVY, else Y U Y V; YUV444_8 has all
+/// for each pixel. UYVY is shown and converted; the others pass a display unread.
 constexpr uint32_t ZYN_PIXEL_YUV422_8_UYVY = 0x05100180;
 constexpr uint32_t ZYN_PIXEL_YUV422_8 = 0x05100181;
 constexpr uint32_t ZYN_PIXEL_YUV422_10 = 0x05200282;
 constexpr uint32_t ZYN_PIXEL_YUV422_10_PACKED = 0x05143283;
 constexpr uint32_t ZYN_PIXEL_YUV444_8 = 0x05200184;
 constexpr uint32_t ZYN_PIXEL_YCBCR422_8 = 0x05100185;
+
+/// @}
