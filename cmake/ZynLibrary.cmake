@@ -17,9 +17,9 @@ foreach(room IN LISTS rooms)
 endforeach()
 target_include_directories(ZynDisplayQt PRIVATE ${CMAKE_SOURCE_DIR})
 target_link_libraries(ZynDisplayQt PRIVATE
-  Qt5::Widgets Zyn::Log4cpp Zyn::OpenCV Zyn::Highway Zyn::OpenMP OpenGL::GL
+  Zyn::Qt Zyn::Log4cpp Zyn::OpenCV Zyn::Highway Zyn::OpenMP OpenGL::GL
   Threads::Threads ZynDemosaicing)
-target_link_libraries(ZynDisplayQt PRIVATE zyn_options PUBLIC Qt5::Core)
+target_link_libraries(ZynDisplayQt PRIVATE zyn_options PUBLIC Qt${ZYN_QT}::Core)
 target_link_options(ZynDisplayQt PRIVATE LINKER:--version-script=${export_list})
 if(NOT ZYN_SANITIZE)
   # A sanitizer's own symbols are found in the program.

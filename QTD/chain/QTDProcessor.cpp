@@ -15,6 +15,17 @@ namespace {
 
 constexpr uint32_t kCodeMask = 0xFFFF;
 
+// A host may prepare or release the stage on another thread: its lock is held until the record is.
+ZynImage* HeldOutOf(ZynImgProcessor& stage, QTD::RecordHold& hold) {
+  auto* const data = dynamic_cast<QTD::ImageProcessorData*>(&stage);
+  const QTD::RMutexLock guard(data ? &data->OperationLock().mutex : nullptr);
+  ZynImage* const image = stage.Out();
+  if (!image) return nullptr;
+  QTD::RecordHold taken(image);
+  hold.Swap(taken);
+  return image;
+}
+
 }  // namespace
 
 QTDProcessor::QTDProcessor(ZynDisplayProcessor* owner, bool opengl)
@@ -68,14 +79,16 @@ uint32_t QTDProcessor::InsertProcessor(const char* before, const char* stageName
 
 uint32_t QTDProcessor::RemoveProcessor(const char* stageName) {
   std::vector<ZynImgProcessor*> freed;
+  QTDSurface* surface = nullptr;
   {
     const QTD::RMutexLock guard(lock);
     if (!stages.Find(stageName)) return QTD::kStageNotFound;
     LetGo();
     // Taken out first: what the stage does while it is released meets a list without it.
     freed = Freeable({stages.Remove(stageName)});
+    surface = SurfaceAtHand();
   }
-  FreeStages(freed);
+  FreeStages(freed, surface);
   return 0;
 }
 
@@ -107,9 +120,9 @@ void QTDProcessor::FreeStage(ZynImgProcessor* stage) noexcept {
 
 // A host's stage that draws on the card finds its context current there, as in a run: between `begin` and
 // `end` of the surface. That is on the GUI thread only; on others a stage is released without.
-void QTDProcessor::FreeStages(const std::vector<ZynImgProcessor*>& leaving) noexcept {
+void QTDProcessor::FreeStages(const std::vector<ZynImgProcessor*>& leaving, QTDSurface* surface) noexcept {
   if (leaving.empty()) return;
-  const SurfacePass pass(SurfaceAtHand());
+  const SurfacePass pass(surface);
   for (ZynImgProcessor* stage : leaving) FreeStage(stage);
 }
 
@@ -132,28 +145,34 @@ std::vector<ZynImgProcessor*> QTDProcessor::Freeable(std::vector<ZynImgProcessor
   return {};
 }
 
-QTDProcessor::Walk::Walk(QTDProcessor& walkedChain) : chain(walkedChain), guard(walkedChain.lock) {
-  ++chain.walks;
+void QTDProcessor::BeginUse() {
+  lock.lock();
+  ++walks;
 }
 
-QTDProcessor::Walk::~Walk() {
-  if (--chain.walks > 0) return;
+void QTDProcessor::EndUse() {
   std::vector<ZynImgProcessor*> freed;
-  freed.swap(chain.left);
-  guard.unlock();
-  chain.FreeStages(freed);
+  QTDSurface* surface = nullptr;
+  if (--walks == 0) {
+    freed.swap(left);
+    if (!freed.empty()) surface = SurfaceAtHand();
+  }
+  lock.unlock();
+  FreeStages(freed, surface);  // from the unlocking on the chain may be gone
 }
 
 void QTDProcessor::Release() {
   std::vector<ZynImgProcessor*> freed;
+  QTDSurface* surface = nullptr;
   {
     const QTD::RMutexLock guard(lock);
     if (stages.Count() > 0) LetGo();
     freed = Freeable(stages.TakeAll());
+    if (!freed.empty()) surface = SurfaceAtHand();
     stopFlag = 0;
     Reset();
   }
-  FreeStages(freed);
+  FreeStages(freed, surface);
 }
 
 // What the chain knows of its images.
@@ -163,6 +182,16 @@ ZynImage* QTDProcessor::Out() {
   for (int index = stages.Count() - 1; index >= 0; --index) {
     ZynImgProcessor* const stage = stages.At(index);
     ZynImage* const image = stage ? stage->Out() : nullptr;
+    if (image) return image;
+  }
+  return nullptr;
+}
+
+ZynImage* QTDProcessor::HeldOut(QTD::RecordHold& hold) {
+  const QTD::RMutexLock guard(lock);
+  for (int index = stages.Count() - 1; index >= 0; --index) {
+    ZynImgProcessor* const stage = stages.At(index);
+    ZynImage* const image = stage ? HeldOutOf(*stage, hold) : nullptr;
     if (image) return image;
   }
   return nullptr;
@@ -260,6 +289,7 @@ QTDProcessor::RunResult QTDProcessor::RunStages(QTDSurface* surface, const ZynIm
   const SurfacePass pass(surface);
   const uint32_t removals = stages.Removals();
   const ZynImage* current = source;
+  QTD::RecordHold hold;  // of `current`, while the next stage reads it
   for (int index = 0; index < stages.Count(); ++index) {
     ZynImgProcessor* const stage = stages.At(index);
     if (!stage) continue;
@@ -271,7 +301,7 @@ QTDProcessor::RunResult QTDProcessor::RunStages(QTDSurface* surface, const ZynIm
     if (stages.Removals() != removals) return RunResult::kFailed;
     // A stage that put others in front of itself has moved, and is not run again.
     if (stages.At(index) != stage) index = stages.PositionOf(stage);
-    if (const ZynImage* const result = stage->Out()) current = result;
+    if (const ZynImage* const result = HeldOutOf(*stage, hold)) current = result;
     ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc->Out: imageID is %llu",
               static_cast<unsigned long long>(current->imageID));
   }

@@ -10,7 +10,9 @@
 #include "QTD/chain/RunTimer.h"
 #include "QTD/chain/StageList.h"
 #include "QTD/frame/ComponentImpl.h"
+#include "QTD/image/HeldRecords.h"
 #include "QTD/image/ImageProcessorData.h"
+#include "QTD/image/StageKeeper.h"
 #include "ZynDisplay.h"
 
 class QTDSurface;
@@ -23,6 +25,7 @@ class QTDSurface;
 class QTDProcessor : public ZynImgProcessingChain,
                      public QTD::ImageProcessorData,
                      public QTD::ComponentImpl,
+                     public QTD::StageKeeper,
                      public ZynDisplayCommand {
  public:
   // `owner` may be null: then no surface is used.
@@ -59,19 +62,23 @@ class QTDProcessor : public ZynImgProcessingChain,
   const StageList& Stages() const { return stages; }        // hold the lock
   ZynDisplayProcessor* Display() const { return display; }  // may be null
 
-  // One walk over the list, with the lock held. Stages that leave meanwhile, because a stage that is called
-  // takes itself or others out, are freed after its end.
+  // One walk over the list. Stages that leave meanwhile, because a stage that is called takes itself or
+  // others out, are freed after its end.
   class Walk {
    public:
-    explicit Walk(QTDProcessor& walkedChain);
-    ~Walk();
+    explicit Walk(QTDProcessor& walkedChain) : chain(walkedChain) { chain.BeginUse(); }
+    ~Walk() { chain.EndUse(); }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 
    private:
     QTDProcessor& chain;
-    std::unique_lock<QTD::RMutex> guard;
   };
+  void BeginUse() override;
+  void EndUse() override;
+
+  // As `Out`, and holds the record, before the stage can be prepared anew or released.
+  ZynImage* HeldOut(QTD::RecordHold& hold);
 
   // The chain's own record of the prepared source: size and code of the picture, whatever the first stage
   // makes of it. Hold the lock.
@@ -96,7 +103,7 @@ class QTDProcessor : public ZynImgProcessingChain,
   RunResult RunStages(QTDSurface* surface, const ZynImage* source, ZynImage* output, void* data);
   void LetGo();
   std::vector<ZynImgProcessor*> Freeable(std::vector<ZynImgProcessor*> leaving);
-  void FreeStages(const std::vector<ZynImgProcessor*>& leaving) noexcept;
+  static void FreeStages(const std::vector<ZynImgProcessor*>& leaving, QTDSurface* surface) noexcept;
   QTDSurface* SurfaceAtHand() noexcept;
   uint32_t Fail(uint32_t code);  // stores the bare code, answers the composed one
 

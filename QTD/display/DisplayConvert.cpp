@@ -223,8 +223,8 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
     }
     lost = viewerLost;
   }
-  if (lost) CloseLost();
   lastError = code;
   request->code = code;
   request->state = Conversion::kDone;
+  if (lost) CloseLost();  // the end of a host's stage may wait for the thread that converts
 }

@@ -170,12 +170,19 @@ bool QTDDisplay::PrepareViewer(bool opengl) {
     const auto forget = [this, lost = viewer] {
       std::scoped_lock guard(viewLock, convertLock, handlerLock);
       lost->ForgetWindow();
+      if (viewer == lost) parameters.Set("surface", QTD::ToText(nullptr));
+    };
+    const auto follow = [this, changed = viewer] {
+      if (viewer == changed) NoteSurface();
     };
     connect(viewer, &QTDViewer::signalWindowClosing, this, forget, Qt::DirectConnection);
+    // Behind the viewer's own note of it.
+    if (QTDWindow* const window = Window())
+      connect(window, &QTDWindow::signalSurfaceChanged, this, follow, Qt::DirectConnection);
     viewer->setMessenger(&messenger);
     viewer->setDisplay(this);
   }
-  parameters.Set("surface", viewer->Parameters().GetString("surface", QTD::ToText(nullptr)));
+  NoteSurface();
 
   QTDScreen* screen = Screen();
   if (!screen) return false;
@@ -183,6 +190,11 @@ bool QTDDisplay::PrepareViewer(bool opengl) {
   screen->setCenter(parameters.GetDouble("display.init.view.at.x"),
                     parameters.GetDouble("display.init.view.at.y"));
   return true;
+}
+
+// For chain and stages.
+void QTDDisplay::NoteSurface() {
+  parameters.Set("surface", viewer->Parameters().GetString("surface", QTD::ToText(nullptr)));
 }
 
 // `FreeAll` has run, and the three locks are held.

@@ -174,11 +174,12 @@ void QTDDisplay::slotCheckIncomingBuffer() {
     QTD::ScopedFlag flag(checking);
     const QTD::HostCodeLock guard(handlerLock);
     const uint32_t code = ProcessFront(&hasFrame);
-    hasFrame = hasFrame && code == 0;
+    hasFrame = hasFrame && code == 0 && viewer && !viewerLost;  // a receiver may have closed the window
     if (hasFrame) {
       // No stage leaves between the question for the picture and its way to the window.
       std::lock_guard<QTD::RMutex> chain(processor->ChainLock());
-      shown = processor->Out();
+      QTD::RecordHold hold;
+      shown = processor->HeldOut(hold);
       viewer->setImage(shown, true);
     }
     lost = viewerLost;
@@ -260,8 +261,19 @@ uint32_t QTDDisplay::EndWalk(uint32_t code) {
 // given the processing lock up: the host's stages end without it.
 void QTDDisplay::CloseLost() {
   std::unique_ptr<QTDProcessor> leaving;
-  std::scoped_lock guard(viewLock, convertLock, handlerLock);
-  if (viewerLost && walking == 0) leaving = FreeAll();
+  {
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    if (viewerLost && walking == 0) leaving = FreeAll();
+  }
+  EndChain(std::move(leaving));
+}
+
+// Ends a chain, once no code of the library that is on this thread's stack holds a lock.
+void QTDDisplay::EndChain(std::unique_ptr<QTDProcessor> leaving) {
+  if (!leaving || !QTD::HostCodeUnderLocks::IsActive()) return;
+  const std::shared_ptr<QTDProcessor> later = std::move(leaving);
+  QMetaObject::invokeMethod(
+      this, [later] {}, Qt::QueuedConnection);
 }
 
 void QTDDisplay::NotifyImage(uint32_t code) {
@@ -301,7 +313,10 @@ void QTDDisplay::slotRebuildImage() {
       const uint32_t code = WalkChain();
       lastError = code;
       done = code == 0;
-      if (done) rebuilt = processor->Out();
+      // A stage that was prepared anew since has another record than the one that is shown.
+      QTD::RecordHold hold;
+      if (done) rebuilt = processor->HeldOut(hold);
+      if (done && viewer && viewer->Picture() != rebuilt) viewer->setImage(rebuilt, false);
     }
     lost = viewerLost;
   }

@@ -1,5 +1,6 @@
 #include "QTD/display/QTDDisplay.h"
 
+#include <QCoreApplication>
 #include <QMetaType>
 #include <QTimer>
 
@@ -89,7 +90,7 @@ QTDDisplay::~QTDDisplay() {
     const QTD::HostCodeUnderLocks scope;
     QTDViewer* closed = viewer;
     viewer = nullptr;
-    delete closed;
+    if (QCoreApplication::instance()) delete closed;  // no widget can be deleted behind the application's end
   }
   // The messenger's thread may still be inside a receiver, which may itself be waiting for this thread.
   while (messenger.IsRunning()) QTD::WaitABit();
@@ -146,7 +147,7 @@ void QTDDisplay::slotViewerClosing() {
     }
     viewer = nullptr;
   }
-  leaving.reset();
+  EndChain(std::move(leaving));
   std::scoped_lock guard(viewLock, convertLock, handlerLock);
   if (!viewer) parameters.Set("surface", QTD::ToText(nullptr));
 }

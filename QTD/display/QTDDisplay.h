@@ -172,6 +172,8 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   uint32_t WalkChain();
   uint32_t EndWalk(uint32_t code);
   void CloseLost();
+  void NoteSurface();
+  void EndChain(std::unique_ptr<QTDProcessor> leaving);
   void LetConverterIn();
   void NotifyImage(uint32_t code);
   bool CanProcess() const;

@@ -31,11 +31,25 @@ class LivePointers {
   // Null when no such object lies there.
   Object* Find(const void* pointer) {
     const std::lock_guard<std::mutex> guard(lock);
+    return FindLocked(pointer);
+  }
+
+  // Calls `use` with the object, which cannot go meanwhile: it must be short, and wait for nothing. False
+  // when no such object lies there.
+  template <typename Use>
+  bool Visit(const void* pointer, const Use& use) {
+    const std::lock_guard<std::mutex> guard(lock);
+    Object* const object = FindLocked(pointer);
+    if (object) use(*object);
+    return object != nullptr;
+  }
+
+ private:
+  Object* FindLocked(const void* pointer) {
     const auto found = std::find(objects.begin(), objects.end(), pointer);
     return found == objects.end() ? nullptr : *found;
   }
 
- private:
   std::mutex lock;  // guards `objects`
   std::vector<Object*> objects;
 };

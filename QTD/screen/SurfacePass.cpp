@@ -10,7 +10,7 @@ SurfacePass::SurfacePass(QTDSurface* usedSurface) : surface(usedSurface), begun(
   try {
     begun = surface->begin(nullptr);
     if (!begun) surface = nullptr;
-  } catch (...) {
+  } catch (...) {  // ended all the same: the context may be current
   }
 }
 

@@ -12,9 +12,7 @@ namespace {
 
 constexpr std::chrono::microseconds kTurn{50};
 
-bool IsKnown(const ZynComponent* component) {
-  return LivePointers<ZynComponent>::Instance().Find(component) != nullptr;
-}
+using Chains = LivePointers<ZynComponent>;
 
 template <typename Ask>
 const ZynImage* Answer(ZynImgProcessor* stage, const Ask& ask) {
@@ -28,22 +26,17 @@ const ZynImage* Answer(ZynImgProcessor* stage, const Ask& ask) {
 }  // namespace
 
 ChainLink::ChainLink(ZynComponent* chainComponent)
-    : component(chainComponent), known(IsKnown(chainComponent)) {}
+    : component(chainComponent), known(Chains::Instance().Find(chainComponent) != nullptr) {}
 
 void ChainLink::End() {
   leaving = true;
   while (calls > 0) std::this_thread::sleep_for(kTurn);
 }
 
-ZynImgProcessingChain* ChainLink::Chain() const {
-  return known && !IsKnown(component) ? nullptr : dynamic_cast<ZynImgProcessingChain*>(component);
-}
-
 UnpackedStage::UnpackedStage(ChainLink& chainLink) : link(chainLink) {
   ++link.calls;
   try {
-    ZynImgProcessingChain* const chain = link.Chain();
-    if (chain && Lock(*chain)) stage = chain->FindProcessor("image.unpacked");
+    if (Enter()) stage = chain->FindProcessor("image.unpacked");
   } catch (...) {  // a host's chain
   }
   // A coloration under that name has no values of its own, and may be the very one that asks.
@@ -51,18 +44,40 @@ UnpackedStage::UnpackedStage(ChainLink& chainLink) : link(chainLink) {
 }
 
 UnpackedStage::~UnpackedStage() {
-  if (guard.owns_lock()) guard.unlock();
   --link.calls;  // from here on the coloration may be gone
+  if (keeper) keeper->EndUse();
 }
 
-// False when the coloration leaves. A host's own chain may have no lock.
-bool UnpackedStage::Lock(ZynImgProcessingChain& chain) {
-  auto* const data = dynamic_cast<ImageProcessorData*>(&chain);
-  if (!data) return true;
-  guard = std::unique_lock<std::recursive_mutex>(data->OperationLock().mutex, std::defer_lock);
-  while (!guard.try_lock()) {
-    if (link.leaving) return false;
+// The chain with its lock held; null when there is none, or the coloration leaves.
+ZynImgProcessingChain* UnpackedStage::Enter() {
+  bool locked = false;
+  while (!locked) {
+    if (!link.known) {
+      locked = link.component && Lock(*link.component);
+      if (!link.component) return nullptr;
+    } else if (!Chains::Instance().Visit(link.component,
+                                         [&](ZynComponent& component) { locked = Lock(component); })) {
+      return nullptr;
+    }
+    if (locked) break;
+    if (link.leaving) return nullptr;
     std::this_thread::sleep_for(kTurn);
+  }
+  return chain;
+}
+
+// False when another thread holds the chain's lock. A host's own chain may have none.
+bool UnpackedStage::Lock(ZynComponent& component) {
+  auto* const found = dynamic_cast<ZynImgProcessingChain*>(&component);
+  if (auto* const data = dynamic_cast<ImageProcessorData*>(&component)) {
+    guard = std::unique_lock<std::recursive_mutex>(data->OperationLock().mutex, std::try_to_lock);
+    if (!guard) return false;
+  }
+  chain = found;
+  keeper = dynamic_cast<StageKeeper*>(&component);
+  if (keeper) {
+    keeper->BeginUse();
+    guard.unlock();
   }
   return true;
 }
@@ -73,6 +88,13 @@ const ZynImage* UnpackedStage::Out() const {
 
 const ZynImage* UnpackedStage::Info(bool source) const {
   return Answer(stage, [source](ZynImgProcessor& asked) { return asked.GetImageInfo(source); });
+}
+
+void UnpackedStage::Enable(bool on) const {
+  try {
+    if (stage) stage->Enable(on);
+  } catch (...) {  // a host's stage
+  }
 }
 
 }  // namespace QTD

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <mutex>
 
+#include "QTD/image/StageKeeper.h"
 #include "ZynComponent.h"
 #include "ZynImgProcessor.h"
 
@@ -24,7 +25,6 @@ class ChainLink {
 
  private:
   friend class UnpackedStage;
-  ZynImgProcessingChain* Chain() const;
 
   ZynComponent* component;    // not owned
   const bool known;           // a chain of this library
@@ -32,8 +32,9 @@ class ChainLink {
   std::atomic<bool> leaving{false};
 };
 
-// Found anew for every use, since a host may have taken it out. While this lives no stage leaves the chain:
-// its lock is held, and so is taken before any stage's.
+// Found anew for every use, since a host may have taken it out. While this lives the chain's lock is held,
+// and so is taken before any stage's; a stage that leaves meanwhile, the coloration too, is freed at the end
+// of this.
 class UnpackedStage {
  public:
   explicit UnpackedStage(ChainLink& chainLink);
@@ -47,12 +48,16 @@ class UnpackedStage {
   // coloration takes its own lock, which another thread may need for the answer.
   const ZynImage* Out() const;
   const ZynImage* Info(bool source) const;
+  void Enable(bool on) const;
 
  private:
-  bool Lock(ZynImgProcessingChain& chain);
+  ZynImgProcessingChain* Enter();
+  bool Lock(ZynComponent& component);
 
   ChainLink& link;
-  std::unique_lock<std::recursive_mutex> guard;
+  ZynImgProcessingChain* chain = nullptr;
+  StageKeeper* keeper = nullptr;                 // of a chain of this library
+  std::unique_lock<std::recursive_mutex> guard;  // of another one that has a lock
   ZynImgProcessor* stage = nullptr;
 };
 

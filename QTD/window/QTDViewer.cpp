@@ -107,7 +107,7 @@ void QTDViewer::noteSurface() {
 // The window is being deleted. Qt's container does not bear to be moved without one, so it leaves at
 // once.
 void QTDViewer::dropContainer() {
-  if (!container) return;
+  if (!container || QCoreApplication::closingDown()) return;  // the application deletes all widgets itself
   container->setParent(nullptr);
   container->deleteLater();
 }
@@ -127,6 +127,11 @@ void QTDViewer::layOut(QWidget* parentWidget) {
   if (container) container->show();
   show();
   activateWindow();
+}
+
+const ZynImage* QTDViewer::Picture() {
+  std::lock_guard<std::recursive_mutex> hold(lock);
+  return image;
 }
 
 void QTDViewer::setImage(const ZynImage* picture, bool forceUpdate) {

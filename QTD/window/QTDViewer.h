@@ -46,6 +46,7 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
   virtual uint32_t releaseImages();
   // Shows the picture with the next painting; held as the window does. Any thread.
   virtual void setImage(const ZynImage* picture, bool forceUpdate);
+  const ZynImage* Picture();  // that was set last; null without one
   virtual uint32_t attachGL(const ZynImage* format, ZynImgProcessingChain* processor);
   virtual uint32_t attachCPU(const ZynImage* format, ZynImgProcessingChain* processor);
 

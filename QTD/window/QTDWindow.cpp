@@ -1,6 +1,7 @@
 #include "QTD/window/QTDWindow.h"
 
 #include <QCursor>
+#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
 #include <QThread>
@@ -201,9 +202,10 @@ void QTDWindow::resize(int width, int height) {
 // On a screen of another density the same size is another number of device pixels, and no resize event tells
 // of it.
 void QTDWindow::followScreen() {
+  const QPointer<QTDWindow> self(this);  // scroll bars may run code of the host's
   try {
     resize(width(), height());
-    update();
+    if (self) update();
   } catch (...) {
     // An attribute of the screen that cannot be read; nothing may leave a handler.
   }

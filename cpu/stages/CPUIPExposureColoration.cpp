@@ -79,9 +79,9 @@ void CPUIPExposureColoration::Release() {
 }
 
 bool CPUIPExposureColoration::Enable(bool on) {
-  const QTD::UnpackedStage unpacked(link);
-  const QTD::RMutexLock guard(lock);  // the values that a run reads stay as long as it reads them
-  if (unpacked.Stage()) unpacked.Stage()->Enable(on);
+  const QTD::UnpackedStage unpacked(link);  // no run reads the values meanwhile
+  unpacked.Enable(on);
+  const QTD::RMutexLock guard(lock);
   const bool enabled = Stage::Enable(on);
   KeepValues(unpacked.Stage(), enabled);
   return enabled;

@@ -3,12 +3,14 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <mutex>
 #include <new>
+#include <vector>
 
-#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/screen/Numbers.h"
@@ -25,26 +27,69 @@ namespace {
 enum Uniform { kSource, kFlipVert, kColorCoef, kColorHigh, kColorMono };
 constexpr const char* kUniforms[] = {"source", "flipVert", "colorCoef", "colorHigh", "colorMono"};
 
-using LivingRecords = QTD::LivePointers<ZynImage>;
-using LivingBlocks = QTD::LivePointers<QGLImageAttachment>;
+// The targets that exist, by their records.
+class LivingTargets {
+ public:
+  static LivingTargets& Instance() {
+    // Never destroyed: targets may live until the very end of the process.
+    static LivingTargets& instance = *new LivingTargets;
+    return instance;
+  }
 
-// All blocks of the list are laid out like this one. The list of a target's record is followed, and one that
-// begins with a block of such a list, as a stage's copy of the record has it. What stands in any other record
-// may be anything.
-QGLImageAttachment* FindAttachment(const ZynImage* record) {
-  auto* block = static_cast<QGLImageAttachment*>(record ? record->attachments : nullptr);
-  if (!block) return nullptr;
-  if (!LivingRecords::Instance().Find(record) && !LivingBlocks::Instance().Find(block)) return nullptr;
+  void Add(const ZynImage* record, QGLImage* target) {
+    const std::lock_guard<std::mutex> guard(lock);
+    rows.push_back({record, record->imageData, target});
+  }
+
+  void Remove(const QGLImage* target) {
+    const std::lock_guard<std::mutex> guard(lock);
+    rows.erase(std::remove_if(rows.begin(), rows.end(), [&](const Row& row) { return row.target == target; }),
+               rows.end());
+  }
+
+  bool IsRecord(const ZynImage* record) {
+    return Find([&](const Row& row) { return row.record == record; });
+  }
+
+  // Null when no target's record has these pixels.
+  QGLImage* OfPixels(const uint8_t* pixels) {
+    return Find([&](const Row& row) { return row.pixels == pixels; });
+  }
+
+ private:
+  struct Row {
+    const ZynImage* record;
+    const uint8_t* pixels;
+    QGLImage* target;
+  };
+
+  template <typename Fits>
+  QGLImage* Find(const Fits& fits) {
+    const std::lock_guard<std::mutex> guard(lock);
+    const auto found = std::find_if(rows.begin(), rows.end(), fits);
+    return found == rows.end() ? nullptr : found->target;
+  }
+
+  std::mutex lock;  // guards `rows`
+  std::vector<Row> rows;
+};
+
+// All blocks of the list are laid out like this one.
+QGLImage* FirstAttached(const ZynImage& record) {
+  auto* block = static_cast<QGLImageAttachment*>(record.attachments);
   while (block && block->tag != QGLImageAttachment::kTag)
     block = static_cast<QGLImageAttachment*>(block->next);
-  return block;
+  return block ? block->image : nullptr;
 }
 
 }  // namespace
 
+// The list of a target's own record is followed. A copy of such a record is known by its pixels: what stands
+// in its list may be a host's, or gone.
 QGLImage* AttachedImage(const ZynImage* record) {
-  const QGLImageAttachment* const block = FindAttachment(record);
-  return block ? block->image : nullptr;
+  if (!record || !record->attachments) return nullptr;
+  LivingTargets& targets = LivingTargets::Instance();
+  return targets.IsRecord(record) ? FirstAttached(*record) : targets.OfPixels(record->imageData);
 }
 
 uint32_t AttachedTexture(const ZynImage* record) {
@@ -132,20 +177,18 @@ bool QGLImage::makeRecord(bool sourceIsBottomUp) {
 bool QGLImage::attachTo() {
   void* const memory = std::malloc(sizeof(QGLImageAttachment));
   if (!memory) return false;
-  block = new (memory) QGLImageAttachment;
+  auto* const block = new (memory) QGLImageAttachment;
   block->image = this;
   block->next = record->attachments;
   record->attachments = block;
-  LivingRecords::Instance().Add(record);
-  LivingBlocks::Instance().Add(block);
+  LivingTargets::Instance().Add(record, this);
   return true;
 }
 
 void QGLImage::deleteRecord() {
-  LivingRecords::Instance().Remove(record);
-  LivingBlocks::Instance().Remove(block);
-  block = nullptr;
+  if (record) LivingTargets::Instance().Remove(this);
   QTD::ImageDelete(record);
+  read = false;
 }
 
 void QGLImage::makeTexture(const GLPixels& pixels) {
@@ -194,6 +237,7 @@ bool QGLImage::attach(int internalFormat) {
 
 void QGLImage::makeProgram() {
   // What becomes of the shaders shows in later errors of the driver.
+  shader.removeAllShaders();  // of an earlier `init`
   shader.addShaderFromSourceCode(QOpenGLShader::Vertex, FindShaderSource("image.v.glsl"));
   shader.addShaderFromSourceCode(QOpenGLShader::Fragment, FindShaderSource("image.f.glsl"));
   shader.link();

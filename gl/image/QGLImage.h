@@ -103,8 +103,7 @@ class QGLImage {
   QGLSurface* surface;  // not owned
   QTD::PixelFormat format;
   QTD::PROPERTIES parameters;
-  ZynImage* record = nullptr;           // owned
-  QGLImageAttachment* block = nullptr;  // of the record
+  ZynImage* record = nullptr;  // owned
   bool read = false;
   uint32_t textureName = 0;
   uint32_t framebuffer = 0;

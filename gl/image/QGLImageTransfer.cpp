@@ -83,9 +83,9 @@ uint8_t* QGLImage::readGPU(ZynImage* target) {
 
   surface->glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer);
   if (pitch != 0) ReadLines(*surface, pixels, width, height, to->imageData, pitch);
-  checkError("QGLImage::readGPU()");
+  const bool good = checkError("QGLImage::readGPU()") == 0;
   surface->glBindTexture(GL_TEXTURE_2D, 0);
   surface->glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
-  if (pitch != 0 && to == record) read = true;
+  if (pitch != 0 && to == record) read = good;
   return pitch != 0 ? to->imageData : nullptr;
 }

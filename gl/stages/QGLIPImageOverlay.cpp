@@ -101,7 +101,7 @@ uint32_t QGLIPImageOverlay::Prepare(const ZynImage& source) {
   target = std::make_unique<QGLImage>(ownSurface.get());
   list.Set("pixeltype", QTD::ToText(source.pixelType))
       .Set("image.flip.vert", QTD::ToText(Flip()))
-      .Set("image.color.coef", parameters.GetString("image.color.coef", QTD::ToText(1.0)))
+      .Set("image.color.coef", Factor())
       .Set("image.color.high", QTD::ToText(1.0));
   const bool made = target->init(nullptr, &list);
 
@@ -113,6 +113,13 @@ uint32_t QGLIPImageOverlay::Prepare(const ZynImage& source) {
   out = target->image();
   ready = made && out;
   return 0;
+}
+
+// A factor of 0 counts as not set, which is 1 here: the target's own default would go to the full range.
+std::string QGLIPImageOverlay::Factor() {
+  const std::string plain = QTD::ToText(1.0);
+  const std::string wanted = parameters.GetString("image.color.coef", plain);
+  return wanted == "0" ? plain : wanted;
 }
 
 uint32_t QGLIPImageOverlay::ProcessImage(const ZynImage* source, ZynImage*, void*) {

@@ -30,6 +30,7 @@ class QGLIPImageOverlay : public QGLStage<ZynDisplayQGL::ImageOverlay, QTD::Over
 
  private:
   uint32_t Prepare(const ZynImage& source);
+  std::string Factor();
   uint32_t Run(const ZynImage* source);
   bool TakePicture(const ZynImage& source);
   void DrawStore(const ZynImage& source);

@@ -1,5 +1,6 @@
 #include "gl/surface/ActiveSurface.h"
 
+#include <QCoreApplication>
 #include <QThread>
 
 #include "gl/surface/LivingObjects.h"
@@ -11,8 +12,10 @@ ActiveSurface::ActiveSurface(const void* usedSurface) : surface(LivingSurface(us
 }
 
 void ActiveSurface::UseAnotherWindow() {
-  QOpenGLContext* const context = surface->Context();
-  if (!context || context->thread() != QThread::currentThread() || QOpenGLContext::currentContext()) return;
+  context = surface->Context();
+  if (!QCoreApplication::instance() || !context || context->thread() != QThread::currentThread() ||
+      QOpenGLContext::currentContext())
+    return;
   spare = std::make_unique<QOffscreenSurface>();
   spare->setFormat(context->format());
   spare->create();
@@ -20,6 +23,6 @@ void ActiveSurface::UseAnotherWindow() {
 }
 
 ActiveSurface::~ActiveSurface() {
-  if (spare && surface->isActive()) surface->Context()->doneCurrent();
+  if (spare && context && context->surface() == spare.get()) context->doneCurrent();
   if (begun) surface->end(nullptr, false);
 }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QPointer>
 #include <memory>
 
 #include "gl/surface/QGLSurface.h"
@@ -24,6 +26,7 @@ class ActiveSurface {
   void UseAnotherWindow();
 
   QGLSurface* surface;
+  QPointer<QOpenGLContext> context;
   bool begun = false;
   std::unique_ptr<QOffscreenSurface> spare;  // in place of the window
 };

@@ -161,7 +161,7 @@ bool QGLSurface::done() {
   surfaceText.reset();
   // Once the application is gone, so is the connection that the context was made on: then it is left alone.
   if (context && QCoreApplication::instance()) {
-    if (isCurrent) context->doneCurrent();
+    if (isCurrent && isActive()) context->doneCurrent();  // not another one, of a stage of the host's
     delete context;
   }
   context.clear();
@@ -179,10 +179,13 @@ bool QGLSurface::begin(QTD::PROPERTIES*) {
   const QTD::RMutexLock guard(lock);
   // First of all: on another thread Qt ends the process, and the window may be closing meanwhile.
   if (context && !onContextThread()) return false;
+  // Once the application is gone, so is the connection that the context was made on.
+  if (!QCoreApplication::instance()) return false;
   if (!window || !window->handle()) return false;
   if (context && !(isCurrent && isActive()) && !makeCurrent()) return false;
   // An error is told to whom it happened: a pass within a pass finds those of the code around it.
-  if (++depth == 1) checkError("QGLSurface::begin()", 1, 0);
+  if (depth == 0) checkError("QGLSurface::begin()", 1, 0);
+  ++depth;
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include "QTD/window/QTDViewer.h"
 #include "tests/display/DisplayFixture.h"
 #include "tests/display/HostCodeStage.h"
+#include "tests/display/Watchdog.h"
 
 namespace display_test {
 
@@ -53,9 +54,26 @@ class LostParent : public testing::Test {
     display.reset();
   }
 
+  // The stage runs the event loop when `isTheOne` says so, where a further frame comes in, and the receiver
+  // deletes the widget when it hears of that.
+  void LoseItInANestedFrame(std::function<bool()> isTheOne) {
+    AddStage([this, isTheOne = std::move(isTheOne)] {
+      if (nested || !isTheOne()) return 0u;
+      nested = true;
+      receiver.OnMessage([this](const std::string& name) {
+        if (name == "notification.image") owner.reset();
+      });
+      EXPECT_EQ(display->DisplayVideo(&image.record), 0u);
+      EXPECT_TRUE(WaitFor([this] { return owner == nullptr; }));
+      Settle(20);
+      return 0u;
+    });
+  }
+
   HostImage image{ZYN_PIXEL_MONO8, 64, 48, 0, 7};
   Receiver receiver;
   int parted = 0;
+  bool nested = false;
   std::unique_ptr<QWidget> owner;
   std::unique_ptr<QTDDisplay> display;
 };
@@ -180,6 +198,68 @@ TEST_F(LostParent, in_a_notification_closes_the_display) {
   });
   ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
   ASSERT_TRUE(WaitFor([this] { return receiver.Images() == 1; }));
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_notification_ends_the_stages_without_the_displays_locks) {
+  const Watchdog watchdog("a widget that goes in a notification");
+  auto* const stage = new PartingStage([this] {
+    parted += EndsElsewhere([shown = display.get()] { shown->GetProcessor(); });
+    parted += EndsElsewhere([this, shown = display.get()] { shown->DisplayVideo(&image.record); });
+  });
+  ASSERT_EQ(display->GetProcessor()->AddProcessor("parting", stage), 0u);
+  bool lost = false;
+  receiver.OnMessage([&](const std::string& name) {
+    if (name != "notification.image" || lost) return;
+    lost = true;
+    owner.reset();
+  });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([&] { return lost; }));
+  EXPECT_TRUE(WaitFor([this] { return parted == 2; }));
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_a_conversion_lets_the_converting_thread_go_before_the_stages_end) {
+  const Watchdog watchdog("a stage that joins the converting thread");
+  HostImage output(ZYN_PIXEL_RGB8, 64, 48);
+  std::atomic<uint32_t> code{0};
+  std::thread host;
+  bool joined = false;
+  auto* const stage = new PartingStage([&] {
+    if (host.joinable()) host.join();
+    joined = true;
+  });
+  ASSERT_EQ(display->GetProcessor()->AddProcessor("parting", stage), 0u);
+  AddStage([this] { return owner.reset(), 0u; });
+  host = std::thread([&] { code = display->ConvertImage(&image.record, &output.record); });
+  EXPECT_TRUE(WaitFor([&] { return joined; }));
+  EXPECT_EQ(code, Composed(8));
+  ExpectClosed();
+}
+
+// A frame that is processed while the chain is walked already.
+
+TEST_F(LostParent, in_the_notification_of_a_frame_within_a_rebuild_closes_the_display) {
+  int runs = 0;
+  LoseItInANestedFrame([&runs] { return ++runs == 2; });
+  ASSERT_EQ(display->DisplayVideo(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return display->OutputRate().Total() == 1; }));
+  display->slotRebuildImage();
+  EXPECT_TRUE(nested);
+  EXPECT_EQ(receiver.LastResult(), "0");
+  EXPECT_EQ(display->OutputRate().Total(), 1);
+  EXPECT_EQ(display->LastError(), 8u);
+  ExpectClosed();
+}
+
+TEST_F(LostParent, in_the_notification_of_a_frame_within_a_conversion_ends_that_with_8) {
+  LoseItInANestedFrame([] { return true; });
+  HostImage output(ZYN_PIXEL_RGB8, 64, 48);
+  EXPECT_EQ(display->ConvertImage(&image.record, &output.record), Composed(8));
+  EXPECT_TRUE(nested);
+  EXPECT_EQ(receiver.LastResult(), "0");
+  EXPECT_EQ(display->OutputRate().Total(), 0);
   ExpectClosed();
 }
 

@@ -1,5 +1,11 @@
 // The stage whose picture is on the screen is prepared anew or released by the host.
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include "QTD/image/HeldRecords.h"
+#include "tests/display/HostCodeStage.h"
 #include "tests/display/OpenGLFixture.h"
 
 namespace display_test {
@@ -39,6 +45,16 @@ class ShownStage : public OpenGLDisplay {
     const QImage seen = Grab();
     EXPECT_EQ(seen.pixel(seen.width() / 2, seen.height() / 2), qRgb(level, level, level));
   }
+
+  // Writes another level into what comes in.
+  class Relighting : public HostCodeStage {
+   public:
+    Relighting() : HostCodeStage([] { return 0u; }) {}
+    uint32_t ProcessImage(const ZynImage* source, ZynImage*, void*) override {
+      std::fill_n(source->imageData, source->imageSize, kNextLevel);
+      return 0;
+    }
+  };
 
   HostImage picture{ZYN_PIXEL_MONO8, 120, 80, 0, kLevel};
   HostImage next{ZYN_PIXEL_MONO8, 120, 80, 0, kNextLevel};
@@ -111,6 +127,63 @@ TEST_F(ShownStage, prepared_anew_or_released_is_no_longer_drawn_on_the_screen) {
       }
     }
   }
+}
+
+TEST_F(ShownStage, prepared_anew_is_on_the_screen_again_with_a_rebuild) {
+  for (const bool opengl : {false, true}) {
+    SCOPED_TRACE(opengl);
+    ShowFirst(opengl);
+    ASSERT_EQ(display->GetProcessor()->InsertProcessor("image.unpacked", "host", new Relighting), 0u);
+    const ZynImage* const shown = display->GetProcessor()->Out();
+    ZynImgProcessor& stage = *Stage(opengl ? "image.coloration" : "image.display");
+    ASSERT_EQ(PrepareAnew(stage), 0u);
+    if (opengl) stage.Enable(false);
+    const int64_t before = display->OutputRate().Total();
+    ASSERT_EQ(Run("cmd.image.rebuild"), 1u);
+    ASSERT_TRUE(WaitFor([&] { return display->OutputRate().Total() == before + 1; }));
+    EXPECT_EQ(display->Viewer()->Picture(), display->GetProcessor()->Out());
+    EXPECT_NE(display->Viewer()->Picture(), shown);
+    EXPECT_FALSE(IsHeld(shown));
+    Window()->render();
+    Settle(120);
+    EXPECT_TRUE(Window()->hasImage());
+    ExpectOnScreen(kNextLevel);
+  }
+}
+
+// The window takes whole pictures only, whatever a thread of the host's does to the stage.
+TEST_F(ShownStage, prepared_and_released_on_another_thread_while_frames_are_shown) {
+  ShowFirst(false);
+  ZynImgProcessor& stage = *Stage("image.display");
+  ZynImage source = *stage.GetImageInfo(true), output = *stage.GetImageInfo(false);
+  std::atomic<bool> stop{false};
+  std::atomic<int> rounds{0}, failures{0};
+  std::thread host([&] {
+    while (!stop) {
+      failures += stage.Init(&source, &output) != 0;
+      std::this_thread::sleep_for(std::chrono::microseconds(300));
+      if (++rounds % 2 == 0) stage.Release();
+    }
+  });
+  QElapsedTimer clock;
+  clock.start();
+  int good = 0;
+  while (clock.elapsed() < 1000) {
+    const std::size_t before = receiver.Images();
+    display->DisplayVideo(&picture.record);
+    EXPECT_TRUE(WaitForImages(before + 1));
+    good += receiver.LastResult() == "0";
+    Window()->render();
+  }
+  stop = true;
+  host.join();
+  EXPECT_EQ(failures, 0);
+  EXPECT_GT(rounds, 10);
+  EXPECT_GT(good, 0);
+  ASSERT_EQ(stage.Init(&source, &output), 0u);
+  ShowNext(next);
+  EXPECT_EQ(display->Viewer()->Picture(), display->GetProcessor()->Out());
+  ExpectOnScreen(kNextLevel);
 }
 
 }  // namespace

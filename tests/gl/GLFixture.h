@@ -10,6 +10,7 @@
 #include <QWindow>
 #include <memory>
 #include <ostream>
+#include <string>
 
 #include "GLRecords.h"
 #include "QTD/frame/Text.h"
@@ -101,6 +102,8 @@ class GLFixture : public testing::Test {
 
   uint32_t glError() { return surface->glGetError(); }
 
+  std::string parameter(const char* key) { return surface->properties.GetString(key); }
+
   // Parameters that name the surface, as a stage hands them to textures and images.
   QTD::PROPERTIES surfaceList() {
     QTD::PROPERTIES parameters;
@@ -109,9 +112,24 @@ class GLFixture : public testing::Test {
   }
   static std::string pointerText(const void* pointer) { return QTD::ToText(pointer); }
 
+  // A target for pictures of that kind.
+  std::unique_ptr<QGLImage> made(uint32_t width, uint32_t height, uint32_t code) {
+    auto image = std::make_unique<QGLImage>(surface.get());
+    const Record record = MakeRecord(width, height, code);
+    EXPECT_TRUE(image->init(record.get(), nullptr));
+    return image;
+  }
+
   // The samples of an image's record, after they were read back from the card.
   static Samples readBack(QGLImage& image) {
     return image.readGPU(nullptr) ? SamplesOf(*image.image()) : Samples();
+  }
+
+  // The texture on the selected unit.
+  static GLint bound() {
+    GLint name = -1;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &name);
+    return name;
   }
 
   // The window's picture as it will be swapped, upright.

@@ -1,6 +1,5 @@
 // The copying program: its uniforms, and what it makes of every value.
 #include <algorithm>
-#include <cmath>
 
 #include "GLFixture.h"
 #include "QTD/image/PixelFormat.h"
@@ -11,13 +10,6 @@ namespace {
 
 class ImageShaderTest : public GLFixture {
  protected:
-  std::unique_ptr<QGLImage> made(uint32_t width, uint32_t height, uint32_t code) {
-    auto image = std::make_unique<QGLImage>(surface.get());
-    const Record record = MakeRecord(width, height, code);
-    EXPECT_TRUE(image->init(record.get(), nullptr));
-    return image;
-  }
-
   double uniform(QGLImage& image, const char* name) {
     GLfloat value = -77;
     surface->glGetUniformfv(image.program(), surface->glGetUniformLocation(image.program(), name), &value);

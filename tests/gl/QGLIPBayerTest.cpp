@@ -20,6 +20,7 @@ constexpr Mosaic kMosaics[] = {
     {"BayerRG8", ZYN_PIXEL_BAYERRG8, ZYN_PIXEL_RGB8, ZYN_PIXEL_BGR8, 8, model::kRG},
     {"BayerBG10", ZYN_PIXEL_BAYERBG10, ZYN_PIXEL_RGB10, ZYN_PIXEL_BGR10, 10, model::kBG},
     {"BayerGB12", ZYN_PIXEL_BAYERGB12, ZYN_PIXEL_RGB12, ZYN_PIXEL_BGR12, 12, model::kGB},
+    {"BayerGR14", ZYN_PIXEL_BAYERGR14, ZYN_PIXEL_RGB14, ZYN_PIXEL_BGR14, 14, model::kGR},
     {"BayerRG16", ZYN_PIXEL_BAYERRG16, ZYN_PIXEL_RGB16, ZYN_PIXEL_BGR16, 16, model::kRG},
 };
 
@@ -82,19 +83,26 @@ TEST_P(QGLIPBayerTest, a_flat_grey_stays_the_same_grey) {
   EXPECT_EQ(Texels(stage), Samples(9 * 7 * 3, grey));
 }
 
+// The order of the channels is the output's, the depth is the mosaic's own.
 TEST_P(QGLIPBayerTest, becomes_rgb_or_the_bgr_that_the_output_asks_for) {
   const Mosaic& kind = GetParam();
   const Record record = MakeRecord(8, 6, kind.code);
-  const Record bgr = MakeRecord(8, 6, ZYN_PIXEL_BGR8), mono = MakeRecord(8, 6, ZYN_PIXEL_MONO8);
   QGLIPBayer stage(&display);
   ASSERT_EQ(Init(stage, record), 0u);
   EXPECT_EQ(stage.Out()->pixelType, kind.rgb);
-  ASSERT_EQ(Init(stage, record, mono.get()), 0u);
-  EXPECT_EQ(stage.Out()->pixelType, kind.rgb);
-  ASSERT_EQ(Init(stage, record, bgr.get()), 0u);
-  EXPECT_EQ(stage.Out()->pixelType, kind.bgr);
-  EXPECT_EQ(stage.GetImageInfo(false)->pixelType, kind.bgr);
-  EXPECT_EQ(stage.GetImageInfo(true)->pixelType, kind.code);
+  for (const uint32_t code : {ZYN_PIXEL_MONO8, ZYN_PIXEL_RGB8, ZYN_PIXEL_RGB16, ZYN_PIXEL_BGRA8}) {
+    const Record other = MakeRecord(8, 6, code);
+    ASSERT_EQ(Init(stage, record, other.get()), 0u);
+    EXPECT_EQ(stage.Out()->pixelType, kind.rgb) << std::hex << code;
+  }
+  for (const uint32_t code :
+       {ZYN_PIXEL_BGR8, ZYN_PIXEL_BGR10, ZYN_PIXEL_BGR12, ZYN_PIXEL_BGR14, ZYN_PIXEL_BGR16}) {
+    const Record bgr = MakeRecord(8, 6, code);
+    ASSERT_EQ(Init(stage, record, bgr.get()), 0u);
+    EXPECT_EQ(stage.Out()->pixelType, kind.bgr) << std::hex << code;
+    EXPECT_EQ(stage.GetImageInfo(false)->pixelType, kind.bgr);
+    EXPECT_EQ(stage.GetImageInfo(true)->pixelType, kind.code);
+  }
 }
 
 TEST_P(QGLIPBayerTest, marks_its_result_by_origin_and_turn) {

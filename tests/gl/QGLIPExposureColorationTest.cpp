@@ -111,13 +111,18 @@ TEST_F(QGLIPExposureColorationTest, mono16_has_the_same_scale) {
 
 TEST_F(QGLIPExposureColorationTest, rgb8_compares_the_sum_of_three_with_764) {
   Samples sums = Scattered(kWidth * kHeight * 3, 255, 3);
-  const uint32_t special[][3] = {{0, 0, 0},       {0, 1, 0},       {1, 0, 0},      {255, 255, 255},
-                                 {255, 255, 254}, {255, 254, 254}, {254, 254, 254}};
+  const uint32_t special[][3] = {{0, 0, 0},       {0, 1, 0},       {1, 0, 0},       {255, 255, 255},
+                                 {255, 255, 254}, {255, 254, 254}, {254, 254, 254}, {254, 254, 253}};
   for (size_t i = 0; i < std::size(special); ++i)
     for (size_t c = 0; c < 3; ++c) sums[3 * i + c] = special[i][c];
   Prepare(ZYN_PIXEL_RGB8, sums);
   ASSERT_EQ(Init(*stage, picture), 0u);
   ExpectModel(Defaults(764, 256, false));
+  // 764 of 256 is 761.02 of 255: the least sum that is marked is 762.
+  const Samples result = Texels(*stage);
+  const uint32_t last = kHeight - 1;
+  EXPECT_EQ(Pixel(result, kWidth, 6, last), (std::vector<uint32_t>{255, 0, 0}));
+  EXPECT_EQ(Pixel(result, kWidth, 7, last), Pixel(pictureSamples, kWidth, 7, last));
 }
 
 TEST_F(QGLIPExposureColorationTest, thresholds_and_colours_are_parameters) {

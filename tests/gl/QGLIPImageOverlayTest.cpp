@@ -150,6 +150,20 @@ TEST_F(QGLIPImageOverlayTest, a_factor_acts_in_the_copy) {
   EXPECT_EQ(Texels(stage), Samples(samples.size(), 80));
 }
 
+TEST_F(QGLIPImageOverlayTest, a_factor_of_0_counts_as_not_set) {
+  // 12 bits lie in the low bits of a word, and stay there.
+  const Samples values = Scattered(kWidth * kHeight * 3, 4095);
+  const Record deep = MakeRecord(kWidth, kHeight, ZYN_PIXEL_RGB12, values);
+  OnCard card(&display, deep);
+  for (const char* zero : {"0", "0.0", "0.000000"}) {
+    SCOPED_TRACE(zero);
+    stage.Parameters().Set("image.color.coef", zero);
+    ASSERT_EQ(Init(stage, deep), 0u);
+    ASSERT_EQ(Run(stage, card.record()), 0u);
+    EXPECT_EQ(Texels(stage), values);
+  }
+}
+
 TEST_F(QGLIPImageOverlayTest, disabled_it_draws_nothing) {
   AddWhite("text", 5, 5);
   stage.Enable(false);

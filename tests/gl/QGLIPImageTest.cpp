@@ -1,8 +1,6 @@
 // The image stage on the card: uploads, plain copies, and the change into the form that is shown.
 #include "gl/stages/QGLIPImage.h"
 
-#include <cmath>
-
 #include "StageFixture.h"
 
 namespace {
@@ -163,8 +161,7 @@ TEST_F(QGLIPImageTest, a_factor_of_0_counts_as_not_set) {
   stage.SetParameterInt("image.color.coef", 0);
   ASSERT_EQ(Init(stage, mono12, wanted.get()), 0u);
   ASSERT_EQ(Run(stage, mono12.get()), 0u);
-  // The second image's own default, for 16 bits, is 1.
-  EXPECT_EQ(Texels(stage)[0], SamplesOf(*mono12)[0]);
+  EXPECT_EQ(Texels(stage)[0], 16 * SamplesOf(*mono12)[0]);  // from 12 bits to 16
 }
 
 TEST_F(QGLIPImageTest, has_a_second_image_for_another_code_or_a_turn_only) {

@@ -1,23 +1,13 @@
 #include "gl/image/QGLImage.h"
 
-#include <cstdlib>
-
 #include "GLFixture.h"
 #include "GLSpy.h"
 #include "ZynPixelFormat.h"
-#include "gl/image/QGLTexture.h"
 
 namespace {
 
 class QGLImageTest : public GLFixture {
  protected:
-  std::unique_ptr<QGLImage> made(uint32_t width, uint32_t height, uint32_t code) {
-    auto image = std::make_unique<QGLImage>(surface.get());
-    const Record record = MakeRecord(width, height, code);
-    EXPECT_TRUE(image->init(record.get(), nullptr));
-    return image;
-  }
-
   static GLint state(GLenum name) {
     GLint value = -1;
     glGetIntegerv(name, &value);
@@ -343,13 +333,16 @@ TEST_F(QGLImageTest, the_first_block_with_the_tag_counts) {
   first.tag = 1;
   first.image = other.get();
   first.next = &second;
-  ZynImage record{};
+  auto owner = made(4, 4, ZYN_PIXEL_MONO8);
+  ZynImage& record = *owner->image();
+  void* const own = record.attachments;
   record.attachments = &first;
   EXPECT_EQ(AttachedTexture(&record), image->texture());
   second.image = nullptr;
   EXPECT_EQ(AttachedTexture(&record), 0u);
   second.tag = third.tag = 2;
   EXPECT_EQ(AttachedTexture(&record), 0u);
+  record.attachments = own;
 }
 
 }  // namespace

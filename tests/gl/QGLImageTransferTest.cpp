@@ -14,12 +14,6 @@ void CountTexSubImage2D(GLenum, GLint, GLint, GLint, GLsizei, GLsizei, GLenum, G
 
 class QGLImageTransferTest : public GLFixture {
  protected:
-  std::unique_ptr<QGLImage> made(uint32_t width, uint32_t height, uint32_t code) {
-    auto image = std::make_unique<QGLImage>(surface.get());
-    const Record record = MakeRecord(width, height, code);
-    EXPECT_TRUE(image->init(record.get(), nullptr));
-    return image;
-  }
   // Uploads into the image's own texture.
   bool upload(QGLImage& image, const ZynImage* record) {
     surface->glBindTexture(GL_TEXTURE_2D, image.texture());

@@ -166,6 +166,40 @@ TEST_F(QGLSurfaceFlushTest, skips_the_swap_while_another_thread_is_inside) {
   EXPECT_EQ(shown(), kRed);
 }
 
+TEST_F(QGLSurfaceFlushTest, makes_up_for_a_swap_that_another_thread_prevented) {
+  updatesWithin(100);
+  paint(kRed, &force);
+  std::atomic<bool> held{false}, release{false};
+  std::thread holder([&] {
+    LockOf(*surface).lock();
+    held = true;
+    while (!release) std::this_thread::yield();
+    LockOf(*surface).unlock();
+  });
+  while (!held) std::this_thread::yield();
+  for (int i = 0; i < 3; ++i) paint(kBlue, &force);
+  release = true;
+  holder.join();
+  EXPECT_EQ(updatesWithin(300), 1);
+  EXPECT_EQ(updatesWithin(100), 0);
+}
+
+TEST_F(QGLSurfaceFlushTest, owes_no_swap_to_a_surface_that_is_gone) {
+  std::atomic<bool> held{false}, release{false};
+  std::thread holder([&] {
+    LockOf(*surface).lock();
+    held = true;
+    while (!release) std::this_thread::yield();
+    LockOf(*surface).unlock();
+  });
+  while (!held) std::this_thread::yield();
+  surface->flush(&force);
+  release = true;
+  holder.join();
+  surface.reset();
+  EXPECT_EQ(updatesWithin(100), 0);
+}
+
 TEST_F(QGLSurfaceFlushTest, always_gives_its_lock_back) {
   const auto isFree = [this] {
     bool free = false;

@@ -59,6 +59,7 @@ TEST_F(QGLSurfaceRefTest, fails_on_a_surface_without_a_context) {
   QGLSurfaceRef ref(surface.get());
   EXPECT_FALSE(ref.init(nullptr));
   EXPECT_FALSE(ref.isValid());
+  EXPECT_EQ(ref.properties.GetString("state"), "failed");
   EXPECT_EQ(ref.checkError("here", 1, 1), 0);
 }
 
@@ -66,7 +67,14 @@ TEST_F(QGLSurfaceRefTest, fails_outside_the_pass_of_the_other) {
   surface->end(nullptr, false);
   QGLSurfaceRef ref(surface.get());
   EXPECT_FALSE(ref.init(nullptr));
+  EXPECT_FALSE(ref.isValid());
+  EXPECT_EQ(ref.properties.GetString("state"), "failed");
+  EXPECT_EQ(ref.Text(), nullptr);
   ref.fill(-1, -1, -1, -1, nullptr);
+  ASSERT_TRUE(surface->begin(nullptr));
+  EXPECT_TRUE(ref.init(nullptr));
+  EXPECT_TRUE(ref.isValid());
+  EXPECT_EQ(ref.properties.GetString("state"), "ready");
 }
 
 TEST_F(QGLSurfaceRefTest, fails_on_a_surface_that_is_gone) {

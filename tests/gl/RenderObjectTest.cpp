@@ -5,7 +5,6 @@
 #include <chrono>
 #include <map>
 #include <regex>
-#include <set>
 #include <thread>
 
 #include "PassFixture.h"

@@ -1,40 +1,19 @@
 // A stage as a chain uses it: a controller that names the surface, pictures in memory, results on the card.
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "GLFixture.h"
 #include "QTD/frame/ComponentImpl.h"
-#include "QTD/frame/LivePointers.h"
 #include "ZynDisplay.h"
 #include "ZynPixelFormat.h"
+#include "chain/ChainFakes.h"
 #include "gl/models/Texels.h"
 #include "gl/stages/QGLIPImage.h"
 
 constexpr uint32_t Composed(uint32_t code) {
   return code == 0 ? 0 : 0x80FF0000u | code;
 }
-
-// The controller, as far as a stage asks it.
-class FakeController : public ZynDisplayProcessor, public QTD::ComponentImpl {
- public:
-  FakeController() {
-    parameters.Set("class", "QTDDisplay");
-    QTD::LivePointers<ZynDisplayProcessor>::Instance().Add(this);
-  }
-  ~FakeController() override { QTD::LivePointers<ZynDisplayProcessor>::Instance().Remove(this); }
-
-  ZynComponent* GetComponent() override { return this; }
-  uint32_t Initialize(const ZynImage*) override { return 0; }
-  uint32_t DisplayVideo(const ZynImage*) override { return 0; }
-  void Uninitialize() override {}
-  ZynImgProcessingChain* GetProcessor() override { return nullptr; }
-
-  void Publish(QGLSurface* surface) {
-    parameters.Set("surface", QTD::ToText(static_cast<const void*>(static_cast<QTDSurface*>(surface))));
-  }
-};
 
 // A chain with the one stage that others ask for.
 class FakeChain : public ZynImgProcessingChain, public QTD::ComponentImpl {
@@ -114,5 +93,5 @@ class StageFixture : public GLFixture {
     return turned;
   }
 
-  FakeController display;
+  chain_test::FakeDisplay display;
 };

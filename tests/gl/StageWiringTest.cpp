@@ -1,9 +1,9 @@
 // What all stages on the card share: where the surface comes from, what they refuse, and what they leave
 // behind.
-#include <functional>
 #include <thread>
 
 #include "StageFixture.h"
+#include "chain/TraceCapture.h"
 #include "gl/stages/QGLIPBayer.h"
 #include "gl/stages/QGLIPColorCorrection.h"
 #include "gl/stages/QGLIPExposureColoration.h"
@@ -19,10 +19,12 @@ struct StageKind {
   uint32_t code;  // of the pictures that it takes
   ZynImgProcessor* (*make)(ZynDisplayProcessor* display, ZynComponent* chain);
   void (*destroy)(ZynImgProcessor* stage);
-  uint32_t notReady;      // answer to a picture before `Init`
-  uint32_t nullNotReady;  // answer to none before `Init`
-  uint32_t nullSource;    // answer of `Init`
-  uint32_t noSurface;     // answer of `Init`
+  uint32_t notReady = 8;      // answer to a picture before `Init`
+  uint32_t nullNotReady = 8;  // answer to none before `Init`
+  uint32_t nullSource = 8;    // answer of `Init`
+  uint32_t noSurface = 8;     // answer of `Init`
+  uint32_t tooLarge = 0;      // answer of `Init` to a picture beyond the card's limits
+  bool hasPass = true;
 };
 
 using Card = ZynDisplayQGL;
@@ -37,28 +39,26 @@ ZynImgProcessor* MakeColoration(ZynDisplayProcessor* display, ZynComponent* chai
 
 template <typename Face>
 StageKind KindOf(const char* className, uint32_t code) {
-  return {className, code, Make<Face>, Face::DeleteComponent, 8, 8, 8, 8};
+  return {className, code, Make<Face>, Face::DeleteComponent};
 }
 
 std::vector<StageKind> Kinds() {
   StageKind unpack = KindOf<Card::Unpack>("QGLIPUnpack", ZYN_PIXEL_MONO10P);
   unpack.notReady = unpack.nullNotReady = unpack.nullSource = 7;
-  const StageKind coloration{"QGLIPExposureColoration",
-                             ZYN_PIXEL_RGB8,
-                             MakeColoration,
-                             Card::ExposureColoration::DeleteComponent,
-                             8,
-                             8,
-                             8,
-                             8};
+  unpack.tooLarge = 8;  // the others keep the lack to themselves
+  const StageKind coloration{"QGLIPExposureColoration", ZYN_PIXEL_RGB8, MakeColoration,
+                             Card::ExposureColoration::DeleteComponent};
+  StageKind image = KindOf<Card::Image>("QGLIPImage", ZYN_PIXEL_RGB8);
+  image.hasPass = false;
   StageKind overlay = KindOf<Card::ImageOverlay>("QGLIPImageOverlay", ZYN_PIXEL_RGB8);
   overlay.nullNotReady = overlay.nullSource = 7;
   overlay.noSurface = 0;  // it keeps the lack to itself
+  overlay.hasPass = false;
   return {unpack,
           KindOf<Card::Bayer>("QGLIPBayer", ZYN_PIXEL_BAYERGR8),
           KindOf<Card::ColorCorrection>("QGLIPColorCorrection", ZYN_PIXEL_RGB8),
           coloration,
-          KindOf<Card::Image>("QGLIPImage", ZYN_PIXEL_RGB8),
+          image,
           overlay};
 }
 
@@ -101,6 +101,40 @@ TEST_P(StageWiring, takes_a_picture_from_memory_and_hands_on_a_record_on_the_car
   EXPECT_EQ(out->height, kHeight);
 }
 
+TEST_P(StageWiring, tells_of_each_run_in_the_trace) {
+  const Owned stage = MakeStage();
+  const std::string line = Kind().className + std::string("::ProcessImage()");
+  chain_test::TraceCapture trace;
+  Run(*stage, nullptr);
+  EXPECT_EQ(trace.lines, std::vector<std::string>{line}) << "also when there is nothing to do";
+  ASSERT_EQ(Init(*stage, picture), 0u);
+  trace.lines.clear();
+  ASSERT_EQ(Run(*stage, picture.get()), 0u);
+  EXPECT_EQ(trace.lines, std::vector<std::string>{line});
+}
+
+// A pass and an upload leave the result there, a plain copy what it was made from.
+TEST_P(StageWiring, leaves_unit_0_selected_with_what_it_worked_on) {
+  const Owned stage = MakeStage();
+  ASSERT_EQ(Init(*stage, picture), 0u);
+  const auto boundAfterARun = [&](const ZynImage* image) {
+    surface->glActiveTexture(GL_TEXTURE0);
+    surface->glBindTexture(GL_TEXTURE_2D, 0);
+    surface->glActiveTexture(GL_TEXTURE1);
+    EXPECT_EQ(Run(*stage, image), 0u);
+    GLint unit = 0;
+    glGetIntegerv(GL_ACTIVE_TEXTURE, &unit);
+    EXPECT_EQ(unit, GL_TEXTURE0);
+    return static_cast<uint32_t>(bound());
+  };
+  const uint32_t result = AttachedTexture(stage->Out());
+  ASSERT_NE(result, 0u);
+  EXPECT_EQ(boundAfterARun(picture.get()), result);
+  if (QTD::IsPackedFormat(picture->pixelType)) return;  // no texture holds such pixels
+  OnCard before(&display, picture);
+  EXPECT_EQ(boundAfterARun(before.record()), Kind().hasPass ? result : AttachedTexture(before.record()));
+}
+
 TEST_P(StageWiring, has_its_class_and_answers_its_own_component) {
   const Owned stage = MakeStage();
   char text[64] = "";
@@ -135,7 +169,7 @@ TEST_P(StageWiring, refuses_a_null_source) {
 }
 
 TEST_P(StageWiring, has_no_surface_without_an_owner_of_this_library) {
-  FakeController unnamed, nameless;
+  chain_test::FakeDisplay unnamed, nameless;
   unnamed.Publish(surface.get());
   unnamed.Parameters().Set("class", "AnotherDisplay");
   for (ZynDisplayProcessor* const owner :
@@ -282,8 +316,7 @@ TEST_P(StageWiring, a_picture_beyond_the_limits_of_the_card_is_told) {
   const uint32_t tooWide = static_cast<uint32_t>(surface->properties.GetInt("gl.texture")) + 8;
   const Record wide(QTD::ImageCreateHeader(nullptr, tooWide, 2, Kind().code));
   const Owned stage = MakeStage();
-  const uint32_t answer = Init(*stage, wide);
-  EXPECT_TRUE(answer == 0 || answer == Composed(8)) << answer;
+  EXPECT_EQ(Init(*stage, wide), Composed(Kind().tooLarge));
   const Record pixels = MakeRecord(tooWide, 2, Kind().code);
   EXPECT_EQ(Run(*stage, pixels.get()), Composed(Kind().notReady));
   EXPECT_EQ(Init(*stage, picture), 0u);

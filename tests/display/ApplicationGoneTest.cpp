@@ -1,0 +1,60 @@
+// A program deletes its QApplication while a display lives, on a widget that it never deletes.
+#include "QTD/display/ZynDisplayImpl.h"
+#include "QTD/window/QTDViewer.h"
+#include "QTD/window/QTDWindow.h"
+#include "tests/display/DisplayFixture.h"
+#include "tests/display/Watchdog.h"
+#include "tests/display/WithoutApplication.h"
+
+namespace display_test {
+namespace {
+
+// What is left until the process ends; nothing of it is lost.
+QWidget* widget = nullptr;
+ZynDisplay* display = nullptr;
+
+// Shows a picture, and deletes the application.
+void OutliveTheApplication(bool opengl) {
+  static int argc = 1;
+  static char name[] = "test";
+  static char* argv[] = {name, nullptr};
+  auto* const application = new QApplication(argc, argv);
+  HostImage image(ZYN_PIXEL_MONO8, 64, 48, 0, 50);
+  widget = new QWidget;
+  widget->resize(200, 150);
+  widget->show();
+  display = ZynDisplay_CreateComponent();
+  QTDDisplay* const controller = static_cast<ZynDisplayImpl*>(display)->Controller();
+  controller->SetParameterInt("system.opengl", opengl);
+  EXPECT_EQ(ZynDisplay_Initialize(display, widget, nullptr, &image.record), 0u);
+  EXPECT_EQ(ZynDisplay_DisplayVideo(display, &image.record), 0u);
+  EXPECT_TRUE(WaitFor([&] { return controller->Viewer() && controller->Viewer()->Window()->hasImage(); }));
+  Settle(100);
+  delete application;
+}
+
+}  // namespace
+
+class ApplicationGone : public testing::TestWithParam<bool> {};
+
+TEST_P(ApplicationGone, the_display_can_be_deleted) {
+  if (QCoreApplication::instance()) return RunWithoutApplication();
+  const Watchdog watchdog("a display behind the application", std::chrono::seconds(40));
+  OutliveTheApplication(GetParam());
+  ZynDisplay_DeleteComponent(display);
+  EXPECT_EQ(ZynDisplay_GetComponent(display), nullptr);
+  display = nullptr;
+}
+
+TEST_P(ApplicationGone, the_display_may_be_left_over) {
+  if (QCoreApplication::instance()) return RunWithoutApplication();
+  const Watchdog watchdog("the end of the application", std::chrono::seconds(40));
+  OutliveTheApplication(GetParam());
+  EXPECT_NE(ZynDisplay_GetComponent(display), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Variants, ApplicationGone, testing::Bool(), [](const auto& info) {
+  return std::string(info.param ? "on_the_card" : "on_the_processor");
+});
+
+}  // namespace display_test
