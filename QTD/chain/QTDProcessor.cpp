@@ -103,6 +103,8 @@ void QTDProcessor::SetStagesLeaving(std::function<void()> handler) {
 }
 
 void QTDProcessor::LetGo() {
+  QTD::RecordHold none;
+  resultHold.Swap(none);
   try {
     if (stagesLeaving) stagesLeaving();
   } catch (...) {
@@ -302,8 +304,10 @@ QTDProcessor::RunResult QTDProcessor::RunStages(QTDSurface* surface, const ZynIm
     // A stage that put others in front of itself has moved, and is not run again.
     if (stages.At(index) != stage) index = stages.PositionOf(stage);
     if (const ZynImage* const result = HeldOutOf(*stage, hold)) current = result;
+    if (stages.Removals() != removals) return RunResult::kFailed;
     ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc->Out: imageID is %llu",
               static_cast<unsigned long long>(current->imageID));
   }
+  resultHold.Swap(hold);  // the last stage may pass on the record of another one
   return RunResult::kComplete;
 }

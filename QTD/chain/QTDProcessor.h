@@ -109,6 +109,7 @@ class QTDProcessor : public ZynImgProcessingChain,
 
   StageList stages;                     // guarded by the chain's lock
   std::vector<ZynImgProcessor*> left;   // stages that left during a walk; guarded by the chain's lock
+  QTD::RecordHold resultHold;           // of the last run's result; guarded by the chain's lock
   int walks = 0;                        // walks on the stack of the lock's holder
   std::function<void()> stagesLeaving;  // guarded by the chain's lock
   std::atomic<uint32_t> chainError{0};  // the chain's own; `lastError` of the base stays 0

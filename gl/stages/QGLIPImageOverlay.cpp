@@ -2,8 +2,11 @@
 
 #include <GL/gl.h>
 
+#include <stdexcept>
+
 #include "QTD/frame/Logging.h"
 #include "QTD/image/PixelFormats.h"
+#include "QTD/screen/Numbers.h"
 #include "ZynPixelFormat.h"
 
 namespace {
@@ -119,7 +122,11 @@ uint32_t QGLIPImageOverlay::Prepare(const ZynImage& source) {
 std::string QGLIPImageOverlay::Factor() {
   const std::string plain = QTD::ToText(1.0);
   const std::string wanted = parameters.GetString("image.color.coef", plain);
-  return wanted == "0" ? plain : wanted;
+  try {
+    return QTD::IsNearZero(QTD::ParseDouble(wanted)) ? plain : wanted;
+  } catch (const std::logic_error&) {  // no number: told by the next run
+    return wanted;
+  }
 }
 
 uint32_t QGLIPImageOverlay::ProcessImage(const ZynImage* source, ZynImage*, void*) {

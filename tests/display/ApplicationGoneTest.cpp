@@ -47,14 +47,14 @@ TEST_P(ApplicationGone, the_display_can_be_deleted) {
 }
 
 TEST_P(ApplicationGone, the_display_may_be_left_over) {
-  if (QCoreApplication::instance()) return RunWithoutApplication();
+  if (QCoreApplication::instance()) return RunWithoutApplication(true);
   const Watchdog watchdog("the end of the application", std::chrono::seconds(40));
   OutliveTheApplication(GetParam());
   EXPECT_NE(ZynDisplay_GetComponent(display), nullptr);
 }
 
-INSTANTIATE_TEST_SUITE_P(Variants, ApplicationGone, testing::Bool(), [](const auto& info) {
-  return std::string(info.param ? "on_the_card" : "on_the_processor");
+INSTANTIATE_TEST_SUITE_P(Variants, ApplicationGone, testing::Bool(), [](const auto& variant) {
+  return std::string(variant.param ? "on_the_card" : "on_the_processor");
 });
 
 }  // namespace display_test

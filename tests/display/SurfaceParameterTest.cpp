@@ -29,14 +29,17 @@ TEST_P(SurfaceParameter, follows_the_window_when_it_is_closed_and_opened) {
 }
 
 TEST_P(SurfaceParameter, is_null_when_the_host_has_deleted_the_window) {
+  std::string atItsEnd;
+  QObject::connect(Window(), &QTDWindow::signalClosing, [&] { atItsEnd = Parameter("surface"); });
   delete Window();
+  EXPECT_EQ(atItsEnd, kNone);
   ASSERT_EQ(Window(), nullptr);
   EXPECT_EQ(Parameter("surface"), kNone);
   Settle(20);
 }
 
-INSTANTIATE_TEST_SUITE_P(Variants, SurfaceParameter, testing::Bool(), [](const auto& info) {
-  return std::string(info.param ? "on_the_card" : "on_the_processor");
+INSTANTIATE_TEST_SUITE_P(Variants, SurfaceParameter, testing::Bool(), [](const auto& variant) {
+  return std::string(variant.param ? "on_the_card" : "on_the_processor");
 });
 
 }  // namespace
