@@ -1,5 +1,10 @@
 // The road of one image: from the host's thread into the buffer, and from there through the chain to the
-// viewer.
+// viewer. A frame ends before the window where
+//   - `DisplayVideo` refuses it with a code,
+//   - a newer one is written over it (`DoubleBuffer::Write`),
+//   - a check finds the display not able to process: two swaps drop what has come in (`ProcessFront`),
+//   - its numbers cannot be true for the buffer (`RunChain`),
+//   - a stage of the chain fails.
 #include <algorithm>
 #include <chrono>
 #include <limits>

@@ -1,33 +1,26 @@
 // The guide says what the examples do: its code is theirs, letter for letter, its defaults are the library's,
 // and what its tables name stands in an example or a check.
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
-#include <QTextStream>
 #include <map>
 
 #include "tests/guide/GuideTest.h"
+#include "tests/guide/Pages.h"
 
 namespace guide {
 namespace {
 
 using Snippets = std::map<QString, QString>;
 
-QString Read(const QString& path) {
-  QFile file(path);
-  EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
-  return QString::fromUtf8(file.readAll());
-}
-
 QString GuidePage() {
-  return Read(QStringLiteral(ZYN_SOURCE_FOLDER "/docs/host-guide.md"));
+  return TextOf(QStringLiteral("docs/host-guide.md"));
 }
 
 QStringList Sources() {
   QStringList texts;
   const QDir folder(QStringLiteral(ZYN_SOURCE_FOLDER "/tests/guide"));
   for (const QString& name : folder.entryList({QStringLiteral("*.cpp"), QStringLiteral("*.h")}))
-    texts << Read(folder.filePath(name));
+    texts << TextOf(QStringLiteral("tests/guide/") + name);
   return texts;
 }
 
@@ -163,8 +156,9 @@ TEST(Document, shows_the_examples_as_they_are) {
 }
 
 TEST(Document, shows_the_settings_of_the_trace_as_they_are) {
-  const QString settings = Read(QStringLiteral(ZYN_SOURCE_FOLDER "/tests/guide/zynlog4cpp.property"));
-  EXPECT_TRUE(GuidePage().contains(QStringLiteral("```\n%1```\n").arg(settings)));
+  const QString settings = TextOf(QStringLiteral("tests/guide/zynlog4cpp.property"));
+  const QString page = TextOf(QStringLiteral("docs/trace-logging.md"));
+  EXPECT_TRUE(page.contains(QStringLiteral("```\n%1```\n").arg(settings)));
 }
 
 TEST(Document, every_name_in_a_table_stands_in_an_example_or_a_check) {

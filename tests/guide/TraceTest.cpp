@@ -1,9 +1,12 @@
 // The trace, as a program has it that finds the settings file of the guide.
+#include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include "tests/guide/GuideTest.h"
+#include "tests/guide/Pages.h"
 
 namespace guide {
 
@@ -33,6 +36,16 @@ class Trace : public testing::Test {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
   }
 
+  // The sample of the page: each line from its level on, up to the first number.
+  static QStringList SampleLines() {
+    const QString page = TextOf(QStringLiteral("docs/trace-logging.md"));
+    static const QRegularExpression line(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d [\\d:,]+ ([A-Z]+ [^\\d\\n]*)"),
+                                         QRegularExpression::MultilineOption);
+    QStringList lines;
+    for (auto found = line.globalMatch(page); found.hasNext();) lines << found.next().captured(1).trimmed();
+    return lines;
+  }
+
   QTemporaryDir work, settings;
 };
 
@@ -57,6 +70,32 @@ TEST_F(Trace, without_a_folder_the_current_one_counts) {
 TEST_F(Trace, without_the_file_nothing_is_written) {
   EXPECT_TRUE(RunIn(work.path(), settings.path()).contains(QStringLiteral("logging is disabled")));
   EXPECT_TRUE(Log(work.path()).isEmpty());
+}
+
+// When the window paints is its own matter: its lines are looked up in the source.
+TEST_F(Trace, the_sample_of_the_page_has_the_lines_of_an_image_in_their_order) {
+  PutSettings(settings.path());
+  RunIn(work.path(), settings.path());
+  const QString log = QString::fromLocal8Bit(Log(work.path()));
+  const QDir window(QStringLiteral(ZYN_SOURCE_FOLDER "/QTD/window"));
+  QString source;
+  for (const QString& name : window.entryList({QStringLiteral("*.cpp")}))
+    source += TextOf(QStringLiteral("QTD/window/") + name);
+
+  const QStringList sample = SampleLines();
+  EXPECT_GT(sample.size(), 20);
+  const QString painting = QStringLiteral("DEBUG QTDWindow::");
+  const QString level = QStringLiteral("DEBUG ");
+  QString::size_type at = 0;
+  for (const QString& line : sample) {
+    if (line.startsWith(painting)) {
+      EXPECT_TRUE(source.contains(QLatin1Char('"') + line.mid(level.size()))) << qPrintable(line);
+      continue;
+    }
+    const auto found = log.indexOf(line, at);
+    EXPECT_GE(found, at) << qPrintable(line);
+    if (found >= at) at = found + line.size();
+  }
 }
 
 }  // namespace guide
