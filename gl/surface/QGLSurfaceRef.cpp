@@ -13,7 +13,7 @@ bool QGLSurfaceRef::init(QTD::PROPERTIES* list) {
   done();
   const QTD::RMutexLock guard(lock);
   if (!referencedSurface && list) referencedSurface = LivingSurface(list->GetPointer("surface"));
-  if (!LivingSurface(referencedSurface)) return false;
+  if (!referencedSurface || !LivingSurface(referencedSurface)) return false;
   const QTD::SizeI newSize{list ? list->GetInt("size.x", "0") : 0, list ? list->GetInt("size.y", "0") : 0};
 
   // The surface is asked itself: its "context" stays in the list after the context is gone. The functions

@@ -44,14 +44,14 @@ TEST(HelpWindow, shows_the_same_rows_as_the_help_in_a_terminal) {
 
 TEST(HelpWindow, leaves_the_viewer_at_hand_and_closes_with_escape) {
   HelpWindow window(nullptr);
-  window.Open();
+  window.Present();
   EXPECT_TRUE(window.isVisible());
   EXPECT_FALSE(window.isModal());
-  window.Open();
+  window.Present();
   EXPECT_TRUE(window.isVisible());
   QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
   QCoreApplication::sendEvent(&window, &escape);
   EXPECT_FALSE(window.isVisible());
-  window.Open();
+  window.Present();
   EXPECT_TRUE(window.isVisible()) << "and opens again";
 }

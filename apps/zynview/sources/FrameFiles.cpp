@@ -106,7 +106,7 @@ bool LoadDump(const FrameFile& file, uint64_t number, const FileFormat& format, 
     return false;
   }
   const uint64_t frameBytes = DumpBytes(format);
-  if (frameBytes > kMostFrameBytes || input.size() < 0 ||
+  if (frameBytes == 0 || frameBytes > kMostFrameBytes || input.size() < 0 ||
       static_cast<uint64_t>(input.size()) / frameBytes <= number) {
     *error = QStringLiteral("%1 has %2 bytes, a frame of this format and size %3")
                  .arg(file.path)

@@ -57,7 +57,7 @@ HelpWindow::HelpWindow(QWidget* parent) : QDialog(parent) {
          std::min(wanted.height() + 3 * kSpace, kMostHeight));
 }
 
-void HelpWindow::Open() {
+void HelpWindow::Present() {
   show();
   raise();
   activateWindow();

@@ -11,7 +11,7 @@ class HelpWindow : public QDialog {
   explicit HelpWindow(QWidget* parent);
 
   // To the front, whether it was there or not.
-  void Open();
+  void Present();
 };
 
 }  // namespace zynview

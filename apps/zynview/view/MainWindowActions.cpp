@@ -58,7 +58,7 @@ void MainWindow::Do(Action action) {
       return marker->Toggle();
     case Action::ShowHelp:
       if (!help) help = new HelpWindow(this);
-      return help->Open();
+      return help->Present();
     case Action::SavePicture:
     case Action::SaveFrame:
       return SaveSoon(action);
