@@ -190,11 +190,11 @@ ZynImage* QTDProcessor::Out() {
 }
 
 ZynImage* QTDProcessor::HeldOut(QTD::RecordHold& hold) {
-  const QTD::RMutexLock guard(lock);
-  for (int index = stages.Count() - 1; index >= 0; --index) {
+  const Walk walk(*this);  // a host's stage may take itself out when it is asked
+  for (int index = stages.Count() - 1; index >= 0 && stages.Removals() == resultRemovals; --index) {
     ZynImgProcessor* const stage = stages.At(index);
     ZynImage* const image = stage ? HeldOutOf(*stage, hold) : nullptr;
-    if (image) return image;
+    if (image && stages.Removals() == resultRemovals) return image;
   }
   return nullptr;
 }
@@ -309,5 +309,6 @@ QTDProcessor::RunResult QTDProcessor::RunStages(QTDSurface* surface, const ZynIm
               static_cast<unsigned long long>(current->imageID));
   }
   resultHold.Swap(hold);  // the last stage may pass on the record of another one
+  resultRemovals = removals;
   return RunResult::kComplete;
 }

@@ -77,7 +77,8 @@ class QTDProcessor : public ZynImgProcessingChain,
   void BeginUse() override;
   void EndUse() override;
 
-  // As `Out`, and holds the record, before the stage can be prepared anew or released.
+  // As `Out`, and holds the record, before the stage can be prepared anew or released. Null also when a stage
+  // has left since the last run: the record may have been that stage's.
   ZynImage* HeldOut(QTD::RecordHold& hold);
 
   // The chain's own record of the prepared source: size and code of the picture, whatever the first stage
@@ -110,6 +111,7 @@ class QTDProcessor : public ZynImgProcessingChain,
   StageList stages;                     // guarded by the chain's lock
   std::vector<ZynImgProcessor*> left;   // stages that left during a walk; guarded by the chain's lock
   QTD::RecordHold resultHold;           // of the last run's result; guarded by the chain's lock
+  uint32_t resultRemovals = 0;          // `Removals` of the list at that time; likewise
   int walks = 0;                        // walks on the stack of the lock's holder
   std::function<void()> stagesLeaving;  // guarded by the chain's lock
   std::atomic<uint32_t> chainError{0};  // the chain's own; `lastError` of the base stays 0

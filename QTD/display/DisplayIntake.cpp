@@ -185,7 +185,7 @@ void QTDDisplay::slotCheckIncomingBuffer() {
       std::lock_guard<QTD::RMutex> chain(processor->ChainLock());
       QTD::RecordHold hold;
       shown = processor->HeldOut(hold);
-      viewer->setImage(shown, true);
+      if (shown) viewer->setImage(shown, true);
     }
     lost = viewerLost;
   }
@@ -318,10 +318,15 @@ void QTDDisplay::slotRebuildImage() {
       const uint32_t code = WalkChain();
       lastError = code;
       done = code == 0;
-      // A stage that was prepared anew since has another record than the one that is shown.
-      QTD::RecordHold hold;
-      if (done) rebuilt = processor->HeldOut(hold);
-      if (done && viewer && viewer->Picture() != rebuilt) viewer->setImage(rebuilt, false);
+      if (done) {
+        std::lock_guard<QTD::RMutex> chain(processor->ChainLock());
+        QTD::RecordHold hold;
+        rebuilt = processor->HeldOut(hold);
+        // A stage that was prepared anew since has another record than the one that is shown. What was taken
+        // off the screen stays off.
+        const ZynImage* const picture = viewer ? viewer->Picture() : nullptr;
+        if (rebuilt && picture && picture != rebuilt) viewer->setImage(rebuilt, false);
+      }
     }
     lost = viewerLost;
   }

@@ -129,8 +129,9 @@ TEST(QTDViewer, moves_with_its_host_into_another_window) {
   EXPECT_TRUE(WaitFor([&] { return viewer->Window()->isExposed(); }));
   Settle();
   QTDWindow* window = viewer->Window();
-  const QImage seen = window->QWindow::screen()->grabWindow(window->winId()).toImage();
-  ASSERT_FALSE(seen.isNull());
-  EXPECT_EQ(qRgb(10, 200, 30), seen.pixel(window->width() / 2, window->height() / 2));
+  EXPECT_TRUE(WaitFor([&] {
+    const QImage seen = window->QWindow::screen()->grabWindow(window->winId()).toImage();
+    return !seen.isNull() && seen.pixel(window->width() / 2, window->height() / 2) == qRgb(10, 200, 30);
+  }));
   viewer->setImage(nullptr, false);
 }

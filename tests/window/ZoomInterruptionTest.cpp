@@ -44,9 +44,10 @@ TEST_F(ZoomRectangleTest, losing_the_focus_does_what_the_cursor_shows) {
   Drag(100, 100, 200, 180);
   ASSERT_EQ(Qt::IBeamCursor, Shape());
   HoldModifiers(Qt::NoModifier);
-  ASSERT_EQ(Qt::IBeamCursor, Shape()) << "no tick has come yet";
+  // On a busy machine the tick may have come already, and shows that Shift is up.
+  const bool stillShown = Shape() == Qt::IBeamCursor;
   LoseFocus();
-  EXPECT_TRUE(Shows(4, 100, 75));
+  EXPECT_TRUE(stillShown ? Shows(4, 100, 75) : Shows(0.25, 200 - 350 * 4, 150 - 290 * 4));
 }
 
 TEST_F(ZoomRectangleTest, losing_the_focus_before_a_mode_was_shown_does_as_the_release) {
