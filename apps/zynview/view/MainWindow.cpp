@@ -22,7 +22,6 @@ namespace zynview {
 
 namespace {
 
-constexpr int kStatusMilliseconds = 500;
 constexpr int kPixelMilliseconds = 100;
 constexpr int kStatusColour = 0x00FFFF;  // yellow: red in the lowest byte
 constexpr int kWidth = 1024, kHeight = 780;
