@@ -94,7 +94,9 @@ TEST_F(QGLSurfacePassTest, a_foreign_thread_is_refused_while_the_window_goes_and
   surface->end(nullptr, false);
   std::atomic<bool> stop{false}, begun{false};
   std::thread other([&] {
-    while (!stop) begun = begun | surface->begin(nullptr);
+    while (!stop) {
+      if (surface->begin(nullptr)) begun = true;
+    }
   });
   for (int i = 0; i < 20; ++i) {
     window->destroy();
