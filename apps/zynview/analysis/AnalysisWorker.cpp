@@ -6,7 +6,9 @@ namespace zynview {
 
 AnalysisWorker::AnalysisWorker(const FrameKeeper* frameKeeper,
                                std::function<void(const Analysis& analysis)> answer)
-    : keeper(frameKeeper), onAnswer(std::move(answer)), desk(std::make_unique<QObject>()) {
+    : keeper(frameKeeper),
+      onAnswer(std::move(answer)),
+      desk(std::make_unique<GuiCall>([this] { HandOver(); })) {
   thread = std::thread([this] { Work(); });
 }
 
@@ -40,19 +42,30 @@ void AnalysisWorker::Work() {
       request = next;
       taken = std::exchange(requests, 0);
     }
-    // Shared by the event, so that the bins are not copied.
-    auto analysis = std::make_shared<Analysis>();
-    const bool found = CopyFrame();
-    if (found) *analysis = Analyse(frame.record, request, stop);
+    Answer answer;
+    answer.requests = taken;
+    answer.found = CopyFrame();
+    if (answer.found) answer.analysis = Analyse(frame.record, request, stop);
     if (stop) return;
-    QMetaObject::invokeMethod(
-        desk.get(),
-        [this, analysis, taken, found] {
-          pending -= taken;
-          if (found) onAnswer(*analysis);
-        },
-        Qt::QueuedConnection);
+    {
+      const std::lock_guard<std::mutex> guard(lock);
+      answers.push_back(std::move(answer));
+    }
+    desk->Ask();
   }
+}
+
+// On the GUI thread, once for each answer.
+void AnalysisWorker::HandOver() {
+  Answer answer;
+  {
+    const std::lock_guard<std::mutex> guard(lock);
+    if (answers.empty()) return;
+    answer = std::move(answers.front());
+    answers.pop_front();
+  }
+  pending -= answer.requests;
+  if (answer.found) onAnswer(answer.analysis);
 }
 
 // Into memory that stays from frame to frame; the keeper is held up for the copy alone.

@@ -1,9 +1,10 @@
 // The thread that looks into frames, so that the window stays at hand.
 #pragma once
 
-#include <QObject>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -11,6 +12,7 @@
 
 #include "analysis/Analysis.h"
 #include "sources/FrameKeeper.h"
+#include "sources/GuiCall.h"
 
 namespace zynview {
 
@@ -28,18 +30,27 @@ class AnalysisWorker {
   bool IsBusy() const { return pending > 0; }
 
  private:
+  // What became of requests, on its way to the GUI thread; without a frame there is no analysis.
+  struct Answer {
+    int requests = 0;
+    bool found = false;
+    Analysis analysis;
+  };
+
   void Work();
+  void HandOver();
   bool CopyFrame();
 
   const FrameKeeper* keeper;
   const std::function<void(const Analysis& analysis)> onAnswer;
-  std::unique_ptr<QObject> desk;  // on the GUI thread; answers that wait for it go away with it
+  std::unique_ptr<GuiCall> desk;  // answers that wait for it go away with it
   int pending = 0;                // GUI thread
   OwnFrame frame;                 // the worker's thread
   std::atomic<bool> stop{false};
-  std::mutex lock;  // guards the two that follow
+  std::mutex lock;  // guards the three that follow
   AnalysisRequest next;
   int requests = 0;  // since the last one was taken
+  std::deque<Answer> answers;
   std::condition_variable wake;
   std::thread thread;
 };
