@@ -129,7 +129,7 @@ TEST_F(ShownStage, prepared_anew_or_released_is_no_longer_drawn_on_the_screen) {
   }
 }
 
-TEST_F(ShownStage, prepared_anew_is_on_the_screen_again_with_a_rebuild) {
+TEST_F(ShownStage, prepared_anew_comes_back_with_a_rebuild_on_the_screen) {
   for (const bool opengl : {false, true}) {
     SCOPED_TRACE(opengl);
     ShowFirst(opengl);
