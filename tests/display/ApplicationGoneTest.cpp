@@ -54,7 +54,7 @@ TEST_P(ApplicationGone, the_display_may_be_left_over) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, ApplicationGone, testing::Bool(), [](const auto& variant) {
-  return std::string(variant.param ? "on_the_card" : "on_the_processor");
+  return std::string(variant.param ? "on_the_card_on_the_screen" : "on_the_processor");
 });
 
 }  // namespace display_test

@@ -39,7 +39,7 @@ TEST_P(SurfaceParameter, is_null_when_the_host_has_deleted_the_window) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, SurfaceParameter, testing::Bool(), [](const auto& variant) {
-  return std::string(variant.param ? "on_the_card" : "on_the_processor");
+  return std::string(variant.param ? "on_the_card_on_the_screen" : "on_the_processor");
 });
 
 }  // namespace
