@@ -44,8 +44,9 @@ class Converter {
     prepared = ZynImage{};
     display->ReleaseConverter();
     if (const uint32_t code = display->Initialize(&format)) {
-      return QStringLiteral("the display refuses format %1: code 0x%2")
-          .arg(PixelNameOf(format.pixelType))
+      return QStringLiteral("the display refuses format %1%2: code 0x%3")
+          .arg(PixelNameOf(format.pixelType),
+               options.opengl ? QStringLiteral(", or OpenGL cannot be had: it wants a screen") : QString())
           .arg(code, 8, 16, QLatin1Char('0'));
     }
     if (!colors.PicturesAreRead())

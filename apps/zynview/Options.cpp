@@ -58,7 +58,8 @@ constexpr Row kRows[] = {
     {"window", "Start with so many pixels for the picture, such as 640x480.", "WxH"},
     {"convert",
      "Show no window, and write every frame as a PNG file, with the colour options. OUT is a file, such as "
-     "out.png; several frames go into a folder OUT, or into out-000001.png and so on.",
+     "out.png; several frames go into a folder OUT, or into out-000001.png and so on. No screen is needed, "
+     "except with --opengl.",
      "OUT"},
     {"folder", "Save pictures and raw frames in this folder.", "folder"},
     {"no-settings", "Neither read nor write the saved settings.", nullptr},
@@ -75,6 +76,34 @@ constexpr Row kRows[] = {
     {"offset", "Add to red, green and blue after the gain, as fractions of the range.", "R,G,B"},
     {"gamma", "Exponent after gain and offset, on values of 0 to 1; below 1 brightens.", "number"},
     {"mark-exposure", "Colour what is too dark green, and what is too bright red.", nullptr},
+};
+
+// Options whose value is taken as it stands.
+struct Text {
+  const char* name;
+  QString Options::*target;
+};
+
+constexpr Text kTexts[] = {
+    {"camera", &Options::camera},
+    {"save", &Options::save},
+    {"convert", &Options::convert},
+    {"folder", &Options::folder},
+};
+
+struct Switch {
+  const char* name;
+  bool Options::*target;
+};
+
+constexpr Switch kSwitches[] = {
+    {"no-settings", &Options::noSettings},
+    {"processor", &Options::processor},
+    {"bare", &Options::bare},
+    {"opengl", &Options::opengl},
+    {"status", &Options::statusLine},
+    {"info", &Options::information},
+    {"overlays", &Options::overlays},
 };
 
 // Beyond these the correction's numbers leave what a picture can show.
@@ -94,6 +123,40 @@ bool ReadRegion(const QString& text, QRect* region) {
   bool goodX = false, goodY = false;
   *region = QRect(QPoint(parts[1].toUShort(&goodX), parts[2].toUShort(&goodY)), size);
   return goodX && goodY;
+}
+
+// Options with a size or a part of the picture.
+struct Shape {
+  const char* name;
+  bool (*read)(const QString& text, Options* options);
+  const char* wanted;
+};
+
+constexpr Shape kShapes[] = {
+    {"size", [](const QString& text, Options* options) { return ReadSize(text, &options->size); },
+     "WIDTHxHEIGHT, such as 1936x1216"},
+    {"window", [](const QString& text, Options* options) { return ReadSize(text, &options->window); },
+     "WIDTHxHEIGHT, such as 640x480"},
+    {"region", [](const QString& text, Options* options) { return ReadRegion(text, &options->region); },
+     "WIDTHxHEIGHT+X+Y, such as 640x480+320+240"},
+};
+
+bool ReadShapes(const QCommandLineParser& parser, Options* options, QString* error) {
+  for (const Shape& shape : kShapes) {
+    const QString option = QString::fromLatin1(shape.name);
+    if (!parser.isSet(option) || shape.read(parser.value(option), options)) continue;
+    *error = QStringLiteral("--%1 wants %2").arg(option, QString::fromLatin1(shape.wanted));
+    return false;
+  }
+  return true;
+}
+
+bool ReadFormat(const QCommandLineParser& parser, Options* options, QString* error) {
+  const QString option = QStringLiteral("format");
+  if (!parser.isSet(option)) return true;
+  options->pixelType = PixelCode(parser.value(option));
+  if (options->pixelType == 0) *error = QStringLiteral("unknown pixel format %1").arg(parser.value(option));
+  return options->pixelType != 0;
 }
 
 bool ReadNumber(const QCommandLineParser& parser, const char* name, double* number, QString* error) {
@@ -143,15 +206,32 @@ bool ReadColor(const QCommandLineParser& parser, ColorSettings* color, QString* 
   return true;
 }
 
-}  // namespace
+bool ReadNumbers(const QCommandLineParser& parser, Options* options, QString* error) {
+  double pitch = 0;
+  if (!ReadNumber(parser, "pitch", &pitch, error) || !ReadNumber(parser, "rate", &options->rate, error) ||
+      !ReadNumber(parser, "seconds", &options->seconds, error)) {
+    return false;
+  }
+  options->pitch = static_cast<uint32_t>(std::min(pitch, 1e9));
+  return true;
+}
 
-bool ReadOptions(const QStringList& arguments, Options* options, QString* error) {
-  QCommandLineParser parser;
-  parser.setApplicationDescription(QString::fromLatin1(kDescription) + KeysHelp() +
-                                   QString::fromLatin1(kDescriptionEnd));
-  parser.addHelpOption();
-  parser.addVersionOption();
-  parser.addPositionalArgument(
+// What is wrong although every option could be read; empty when nothing is.
+QString Mistake(const Options& options, bool converts) {
+  if (!options.folder.isEmpty() && !QFileInfo(options.folder).isDir())
+    return QStringLiteral("--folder: %1 is no folder").arg(options.folder);
+  if (converts && options.convert.isEmpty()) return QStringLiteral("--convert wants a file or a folder");
+  if (options.opengl && options.processor) return QStringLiteral("--opengl and --processor are one too many");
+  return {};
+}
+
+// What the program takes, and says of it with --help.
+void Describe(QCommandLineParser* parser) {
+  parser->setApplicationDescription(QString::fromLatin1(kDescription) + KeysHelp() +
+                                    QString::fromLatin1(kDescriptionEnd));
+  parser->addHelpOption();
+  parser->addVersionOption();
+  parser->addPositionalArgument(
       QStringLiteral("file"),
       QStringLiteral("Pictures (PNG, PGM, ...), raw frames with their descriptions, folders of them; or raw "
                      "dumps with --format and --size."),
@@ -159,75 +239,40 @@ bool ReadOptions(const QStringList& arguments, Options* options, QString* error)
   for (const Row& row : kRows) {
     QCommandLineOption option(QString::fromLatin1(row.name), QString::fromLatin1(row.help));
     if (row.value) option.setValueName(QString::fromLatin1(row.value));
-    parser.addOption(option);
+    parser->addOption(option);
   }
+}
+
+}  // namespace
+
+bool ReadOptions(const QStringList& arguments, Options* options, QString* error) {
+  QCommandLineParser parser;
+  Describe(&parser);
   if (!parser.parse(arguments)) {
     *error = parser.errorText();
     return false;
   }
-  if (parser.isSet(QStringLiteral("help"))) parser.showHelp();
-  if (parser.isSet(QStringLiteral("version"))) parser.showVersion();
   const auto isSet = [&parser](const char* name) { return parser.isSet(QString::fromLatin1(name)); };
-  const auto value = [&parser](const char* name) { return parser.value(QString::fromLatin1(name)); };
+  if (isSet("help")) parser.showHelp();
+  if (isSet("version")) parser.showVersion();
 
-  options->camera = value("camera");
-  options->save = value("save");
-  options->convert = value("convert");
-  options->folder = value("folder");
-  options->noSettings = isSet("no-settings");
-  options->processor = isSet("processor");
-  options->bare = isSet("bare");
-  options->opengl = isSet("opengl");
-  options->statusLine = isSet("status");
-  options->information = isSet("info");
-  options->overlays = isSet("overlays");
+  for (const Text& text : kTexts) options->*text.target = parser.value(QString::fromLatin1(text.name));
+  for (const Switch& each : kSwitches) options->*each.target = isSet(each.name);
   if (isSet("simulator")) options->source = Options::Simulator;
   if (isSet("scene")) options->source = Options::Scene;
-  if (isSet("format")) {
-    options->pixelType = PixelCode(value("format"));
-    if (options->pixelType == 0) {
-      *error = QStringLiteral("unknown pixel format %1").arg(value("format"));
-      return false;
-    }
-  }
-  if (isSet("size") && !ReadSize(value("size"), &options->size)) {
-    *error = QStringLiteral("--size wants WIDTHxHEIGHT, such as 1936x1216");
+  if (!ReadFormat(parser, options, error) || !ReadShapes(parser, options, error) ||
+      !ReadNumbers(parser, options, error) || !ReadColor(parser, &options->color, error)) {
     return false;
   }
-  if (isSet("window") && !ReadSize(value("window"), &options->window)) {
-    *error = QStringLiteral("--window wants WIDTHxHEIGHT, such as 640x480");
-    return false;
-  }
-  if (isSet("region") && !ReadRegion(value("region"), &options->region)) {
-    *error = QStringLiteral("--region wants WIDTHxHEIGHT+X+Y, such as 640x480+320+240");
-    return false;
-  }
-  double pitch = 0;
-  if (!ReadNumber(parser, "pitch", &pitch, error) || !ReadNumber(parser, "rate", &options->rate, error) ||
-      !ReadNumber(parser, "seconds", &options->seconds, error) ||
-      !ReadColor(parser, &options->color, error)) {
-    return false;
-  }
-  options->pitch = static_cast<uint32_t>(std::min(pitch, 1e9));
 
   options->files = parser.positionalArguments();
   if (!options->files.isEmpty()) {
     // A format and a size together say that the files are raw dumps.
     options->source = options->pixelType && !options->size.isEmpty() ? Options::Raw : Options::File;
   }
-  if (!options->folder.isEmpty() && !QFileInfo(options->folder).isDir()) {
-    *error = QStringLiteral("--folder: %1 is no folder").arg(options->folder);
-    return false;
-  }
-  if (isSet("convert") && options->convert.isEmpty()) {
-    *error = QStringLiteral("--convert wants a file or a folder");
-    return false;
-  }
-  if (options->opengl && options->processor) {
-    *error = QStringLiteral("--opengl and --processor are one too many");
-    return false;
-  }
-  return true;
+  const QString mistake = Mistake(*options, isSet("convert"));
+  if (!mistake.isEmpty()) *error = mistake;
+  return mistake.isEmpty();
 }
 
 }  // namespace zynview

@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <algorithm>
+#include <initializer_list>
 #include <string_view>
 
 #include "Conversion.h"
@@ -19,20 +20,25 @@ int Fail(const QString& error) {
   return 2;
 }
 
-// What needs no window needs no screen either. This has to be known before there is an application.
+// What needs no window needs no screen either, but shaders do. This has to be known before there is an
+// application.
 bool NeedsNoScreen(int argc, char** argv) {
-  return std::any_of(argv + std::min(argc, 1), argv + argc, [](const char* text) {
-    const std::string_view argument(text);
-    return argument == "-h" || argument == "-v" || argument == "--help" || argument == "--help-all" ||
-           argument == "--version" || argument == "--convert" || argument.substr(0, 10) == "--convert=";
-  });
+  const auto isSaid = [argc, argv](std::initializer_list<std::string_view> wanted) {
+    return std::any_of(argv + std::min(argc, 1), argv + argc, [wanted](std::string_view argument) {
+      return std::find(wanted.begin(), wanted.end(), argument.substr(0, argument.find('='))) != wanted.end();
+    });
+  };
+  if (isSaid({"-h", "-v", "--help", "--help-all", "--version"})) return true;
+  const bool isScreenThere =
+      qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+  return isSaid({"--convert"}) && !(isSaid({"--opengl"}) && isScreenThere);
 }
 
 int Convert(const zynview::Options& options) {
-  if (options.opengl) return Fail(QStringLiteral("--convert works on the processor alone"));
   QTextStream messages(stderr);
-  QWidget parent;
-  ZynDisplayProcessor* display = ZynDisplayCPU::CreateComponent(&parent);
+  QWidget parent;  // never shown
+  ZynDisplayProcessor* display =
+      options.opengl ? ZynDisplayQGL::CreateComponent(&parent) : ZynDisplayCPU::CreateComponent(&parent);
   const int result = zynview::ConvertFrames(*zynview::MakeSource(options), display, options, messages);
   ZynDisplayCPU::DeleteComponent(display);
   return result;

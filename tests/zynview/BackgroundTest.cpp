@@ -51,3 +51,21 @@ TEST(ViewerBackground, drops_what_is_left_at_its_end) {
   EXPECT_EQ(jobs, 1) << "the one that ran was waited for";
   EXPECT_EQ(answers, 0);
 }
+
+TEST(ViewerBackground, answers_nothing_once_it_has_ended) {
+  Background background;
+  std::atomic<int> jobs{0};
+  int answers = 0;
+  const auto job = [&]() -> Background::Answer {
+    ++jobs;
+    return [&] { ++answers; };
+  };
+  background.Do(job);
+  while (jobs == 0) std::this_thread::yield();
+  background.End();  // the answer is there, and has not been called
+  background.Do(job);
+  background.End();
+  for (int i = 0; i < 10; ++i) QCoreApplication::processEvents();
+  EXPECT_EQ(jobs, 1);
+  EXPECT_EQ(answers, 0);
+}

@@ -59,19 +59,33 @@ struct Panel {
     dock.show();
     while (searches == 0 || cameras->count() < 3) QCoreApplication::processEvents();
   }
+  // The camera is the test's own, and is asked for all that it is going to be asked for.
+  void Open(FakeControls& camera) {
+    dock.SetControls(std::shared_ptr<CameraControls>(&camera, [](CameraControls*) {}));
+    Settle();
+  }
+  // What is asked in the background may lead to further questions: one for each choice, and one for what the
+  // camera has made of it.
+  void Settle() {
+    for (int i = 0; i < 5; ++i) {
+      bool done = false;
+      talk.Do([&done]() -> Background::Answer { return [&done] { done = true; }; });
+      while (!done) QCoreApplication::processEvents();
+    }
+  }
   void Choose(QComboBox* list, int index) {
     list->setCurrentIndex(index);
     Q_EMIT list->activated(index);
   }
 
   std::atomic<int> searches{0};
-  Background background;
+  Background search, talk;
   CameraDock dock{[this] {
                     ++searches;
                     return std::vector<CameraEntry>{{QStringLiteral("cam-1"), QStringLiteral("First")},
                                                     {QStringLiteral("cam-2"), QStringLiteral("Second")}};
                   },
-                  &background, nullptr};
+                  &search, &talk, nullptr};
   QComboBox* cameras = dock.findChild<QComboBox*>(QStringLiteral("cameras"));
   QComboBox* formats = dock.findChild<QComboBox*>(QStringLiteral("formats"));
   QList<QDoubleSpinBox*> numbers = dock.findChildren<QDoubleSpinBox*>();
@@ -97,7 +111,7 @@ TEST(CameraDock, asks_for_the_camera_that_is_chosen) {
   Panel panel;
   FakeControls camera;
   panel.ShowWithCameras();
-  panel.dock.SetControls(&camera);
+  panel.Open(camera);
   EXPECT_EQ(panel.cameras->currentIndex(), 1);
   panel.Choose(panel.cameras, 2);
   EXPECT_EQ(panel.wantedCameras, QStringList{QString()}) << "the simulator";
@@ -111,7 +125,7 @@ TEST(CameraDock, shows_limits_and_values_of_the_camera) {
   Panel panel;
   FakeControls camera;
   panel.ShowWithCameras();
-  panel.dock.SetControls(&camera);
+  panel.Open(camera);
   ASSERT_EQ(panel.numbers.size(), 3);
   EXPECT_EQ(panel.numbers[CameraControls::Exposure]->value(), 1000);
   EXPECT_EQ(panel.numbers[CameraControls::Exposure]->minimum(), 10);
@@ -131,27 +145,69 @@ TEST(CameraDock, sets_what_is_chosen_and_shows_what_the_camera_made_of_it) {
   Panel panel;
   FakeControls camera;
   panel.ShowWithCameras();
-  panel.dock.SetControls(&camera);
+  panel.Open(camera);
   panel.numbers[CameraControls::Exposure]->setValue(1234);
+  panel.Settle();
   ASSERT_EQ(camera.sets.size(), 1u);
   EXPECT_EQ(camera.sets[0], std::make_pair(CameraControls::Exposure, 1234.0));
   EXPECT_EQ(panel.numbers[CameraControls::Exposure]->value(), 1230);
   panel.sliders[CameraControls::Gain]->setValue(FeatureScale::kPlaces / 2);
+  panel.Settle();
   ASSERT_EQ(camera.sets.size(), 2u);
   EXPECT_EQ(camera.sets[1], std::make_pair(CameraControls::Gain, 10.0));
   EXPECT_EQ(panel.numbers[CameraControls::Gain]->value(), 10);
   camera.refusal = QStringLiteral("not now");
   panel.numbers[CameraControls::Gain]->setValue(20);
+  panel.Settle();
   EXPECT_EQ(panel.problems, QStringList{QStringLiteral("not now")});
   EXPECT_EQ(panel.numbers[CameraControls::Gain]->value(), 10) << "as the camera still has it";
   panel.dock.SetControls(nullptr);
+}
+
+// A slider that is drawn along tells each place; the camera hears of the last one, and of few before it.
+TEST(CameraDock, does_not_keep_a_slow_camera_busy_with_what_is_over) {
+  Panel panel;
+  FakeControls camera;
+  panel.ShowWithCameras();
+  panel.Open(camera);
+  for (int place = 0; place <= FeatureScale::kPlaces; ++place)
+    panel.sliders[CameraControls::Gain]->setValue(place);
+  panel.Settle();
+  EXPECT_LE(camera.sets.size(), 2u);
+  EXPECT_EQ(camera.gain.value, 20);
+  EXPECT_EQ(panel.numbers[CameraControls::Gain]->value(), 20);
+  panel.dock.SetControls(nullptr);
+}
+
+// Answers when it is allowed to, as a camera that has gone.
+struct SilentControls : FakeControls {
+  std::atomic<bool> mayAnswer{false};
+  Range Read(Feature feature) const override {
+    while (!mayAnswer) std::this_thread::yield();
+    return FakeControls::Read(feature);
+  }
+};
+
+TEST(CameraDock, does_not_wait_for_a_camera_that_does_not_answer) {
+  Panel panel;
+  panel.ShowWithCameras();
+  const auto silent = std::make_shared<SilentControls>();
+  panel.dock.SetControls(silent);
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(panel.numbers[CameraControls::Gain]->isEnabled()) << "nothing is known of it";
+  panel.dock.Update();
+  panel.dock.SetControls(nullptr);
+  silent->mayAnswer = true;
+  panel.Settle();
+  EXPECT_FALSE(panel.numbers[CameraControls::Gain]->isEnabled()) << "the answer comes too late";
+  EXPECT_TRUE(panel.problems.isEmpty());
 }
 
 TEST(CameraDock, offers_the_formats_of_the_camera_and_greys_unknown_ones) {
   Panel panel;
   FakeControls camera;
   panel.ShowWithCameras();
-  panel.dock.SetControls(&camera);
+  panel.Open(camera);
   ASSERT_EQ(panel.formats->count(), 3);
   EXPECT_EQ(panel.formats->currentText(), QStringLiteral("Mono12"));
   const auto* model = qobject_cast<QStandardItemModel*>(panel.formats->model());
@@ -167,9 +223,10 @@ TEST(CameraDock, offers_the_formats_of_the_camera_and_greys_unknown_ones) {
 TEST(CameraDock, leaves_the_camera_alone_while_it_is_hidden) {
   Panel panel;
   FakeControls camera;
-  panel.dock.SetControls(&camera);
+  panel.Open(camera);
   EXPECT_EQ(camera.reads, 0);
   panel.dock.show();
+  panel.Settle();
   EXPECT_GT(camera.reads, 0);
   panel.dock.SetControls(nullptr);
 }

@@ -204,6 +204,29 @@ TEST(ColorControls, knows_a_format_that_passes_the_display_unread) {
   }
 }
 
+TEST(ColorControls, knows_that_the_card_takes_colour_with_alpha_and_no_other_unread_format) {
+  const auto onCard = [](uint32_t code) {
+    FakeDisplay display(code);
+    display.GetComponent()->SetParameterInt("system.opengl", 1);
+    return ColorControls(&display).PicturesAreRead();
+  };
+  for (const uint32_t code : {ZYN_PIXEL_RGBA8, ZYN_PIXEL_BGRA8, ZYN_PIXEL_MONO12, ZYN_PIXEL_BAYERRG12})
+    EXPECT_TRUE(onCard(code)) << code;
+  for (const uint32_t code :
+       {ZYN_PIXEL_MONO8_BRIOPACKED, ZYN_PIXEL_MONO10_BRIOPACKED, ZYN_PIXEL_MONO12_BRIOPACKED,
+        ZYN_PIXEL_RGB_8_BRIO_PACKED, ZYN_PIXEL_RGB_10_BRIO_PACKED, ZYN_PIXEL_RGB_12_BRIO_PACKED,
+        ZYN_PIXEL_YUV422_8, ZYN_PIXEL_YUV422_10, ZYN_PIXEL_YUV422_10_PACKED, ZYN_PIXEL_YUV444_8,
+        ZYN_PIXEL_YCBCR422_8})
+    EXPECT_FALSE(onCard(code)) << code;
+}
+
+TEST(ColorControls, says_what_is_wrong_with_an_unread_format_in_each_variant) {
+  FakeDisplay display(ZYN_PIXEL_YUV444_8);
+  EXPECT_TRUE(ColorControls(&display).WhyUnread().contains(QStringLiteral("no picture")));
+  display.GetComponent()->SetParameterInt("system.opengl", 1);
+  EXPECT_TRUE(ColorControls(&display).WhyUnread().contains(QStringLiteral("OpenGL")));
+}
+
 TEST(ColorControls, does_nothing_on_a_display_without_a_chain) {
   FakeDisplay display(ZYN_PIXEL_MONO12);
   display.empty = true;

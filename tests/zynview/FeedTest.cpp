@@ -191,3 +191,57 @@ TEST(ViewerFeed, stops_in_mid_stream) {
   std::this_thread::sleep_for(std::chrono::milliseconds(5));
   EXPECT_EQ(display.shownIDs.size(), shown);
 }
+
+// Comes to rest only when it is told to, as a camera that does not answer.
+struct SlowSource : CountedSource {
+  SlowSource(std::atomic<bool>* mayRest, std::atomic<std::thread::id>* placeOfDeath)
+      : CountedSource(UINT64_MAX, [](uint64_t) {}), rest(mayRest), died(placeOfDeath) {}
+  ~SlowSource() override { *died = std::this_thread::get_id(); }
+  void Run(const Sink& sink) override {
+    CountedSource::Run(sink);
+    while (!*rest) std::this_thread::yield();
+  }
+  std::atomic<bool>* rest;
+  std::atomic<std::thread::id>* died;
+};
+
+TEST(ViewerFeed, leaves_a_source_that_is_slow_to_rest_to_the_errands) {
+  RecordingDisplay display;
+  FrameKeeper keeper;
+  std::atomic<bool> mayRest{false};
+  std::atomic<std::thread::id> died{std::thread::id()};
+  {
+    zynview::Errands errands;
+    {
+      Feed feed(std::make_unique<SlowSource>(&mayRest, &died), &display, &keeper, nullptr, &errands);
+      feed.Start();
+      while (feed.Delivered() == 0) std::this_thread::yield();
+      feed.Stop();
+      EXPECT_FALSE(feed.Ended()) << "it is at it still, and nobody waits";
+      const std::size_t shown = display.shownIDs.size();
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      EXPECT_EQ(display.shownIDs.size(), shown) << "but no frame comes";
+    }
+    EXPECT_EQ(died.load(), std::thread::id()) << "the source is still there, and the feed is not";
+    mayRest = true;
+  }
+  EXPECT_NE(died.load(), std::thread::id());
+  EXPECT_NE(died.load(), std::this_thread::get_id());
+}
+
+TEST(ViewerFeed, begins_again_when_its_source_has_come_to_rest) {
+  RecordingDisplay display;
+  FrameKeeper keeper;
+  std::atomic<bool> mayRest{false};
+  std::atomic<std::thread::id> died{std::thread::id()};
+  zynview::Errands errands;
+  Feed feed(std::make_unique<SlowSource>(&mayRest, &died), &display, &keeper, nullptr, &errands);
+  feed.Start();
+  while (feed.Delivered() == 0) std::this_thread::yield();
+  feed.Start();
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_EQ(feed.Delivered(), 0u) << "a source runs once at a time";
+  mayRest = true;
+  while (feed.Delivered() == 0) std::this_thread::yield();
+  EXPECT_FALSE(feed.Ended());
+}

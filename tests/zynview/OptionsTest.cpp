@@ -96,6 +96,14 @@ TEST(ViewerOptions, refuse_what_is_no_region) {
   }
 }
 
+TEST(ViewerOptions, say_what_a_size_or_a_region_has_to_look_like) {
+  EXPECT_EQ(Read("--size 5").error, QStringLiteral("--size wants WIDTHxHEIGHT, such as 1936x1216"));
+  EXPECT_EQ(Read("--window 5x").error, QStringLiteral("--window wants WIDTHxHEIGHT, such as 640x480"));
+  EXPECT_EQ(Read("--region 5x5").error,
+            QStringLiteral("--region wants WIDTHxHEIGHT+X+Y, such as 640x480+320+240"));
+  EXPECT_EQ(Read("--scene --size 1936x1216 --window 640x480").options.window, QSize(640, 480));
+}
+
 TEST(ViewerOptions, take_several_files_and_folders) {
   const Read none("--scene");
   EXPECT_TRUE(none.options.files.isEmpty());

@@ -4,13 +4,13 @@ namespace zynview {
 
 Background::Background() : thread([this] { Work(); }) {}
 
-Background::~Background() {
+void Background::End() {
   {
     const std::lock_guard<std::mutex> guard(lock);
     stop = true;
     changed.notify_all();
   }
-  thread.join();
+  if (thread.joinable()) thread.join();
 }
 
 void Background::Do(Job job) {
@@ -41,6 +41,7 @@ void Background::CallAnswer() {
   Answer answer;
   {
     const std::lock_guard<std::mutex> guard(lock);
+    if (stop) return;
     answer = std::move(answers.front());
     answers.pop_front();
   }

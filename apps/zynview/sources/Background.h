@@ -17,11 +17,12 @@ class Background {
   using Answer = std::function<void()>;
   using Job = std::function<Answer()>;
 
-  // GUI thread, all three. At the end the job that runs is waited for; other jobs and all answers that have
-  // not been called yet are dropped.
+  // GUI thread, all four. At the end the job that runs is waited for; other jobs and all answers that have
+  // not been called yet are dropped, and what is wanted afterwards, too.
   Background();
-  ~Background();
+  ~Background() { End(); }
   void Do(Job job);
+  void End();
 
  private:
   void Work();

@@ -3,10 +3,12 @@
 
 #include <QString>
 #include <QStringList>
+#include <array>
 
 namespace zynview {
 
-// Any thread may call any operation, also while frames come. Each one may wait for the camera's answer.
+// Any thread may call any operation, also while frames come. All but `ID` may wait for the camera's answer,
+// and for seconds where the camera has gone: they are not for the GUI thread.
 class CameraControls {
  public:
   enum Feature { Exposure, Gain, FrameRate };
@@ -30,8 +32,18 @@ class CameraControls {
   // The names that the camera offers, in its order, and the present one.
   virtual QStringList PixelFormats() const = 0;
   virtual QString PixelFormat() const = 0;
-  // Only while no frames come: buffers and packets are made anew. Then as `Set`.
+  // Waits until no frames come, for buffers and packets are made anew. Then as `Set`.
   virtual QString SetPixelFormat(const QString& name) = 0;
+
+  // All that a panel shows.
+  struct State {
+    std::array<Range, kFeatures> ranges;
+    QStringList formats;
+    QString format;
+  };
+  State ReadAll() const {
+    return {{Read(Exposure), Read(Gain), Read(FrameRate)}, PixelFormats(), PixelFormat()};
+  }
 };
 
 // A camera that was found, or the simulator.

@@ -4,8 +4,10 @@
 #undef signals
 #include <arv.h>
 
-#include <algorithm>
+#include <atomic>
+#include <condition_variable>
 #include <mutex>
+#include <utility>
 
 #include "pixels/PixelTable.h"
 
@@ -19,6 +21,7 @@ constexpr int kBuffers = 8;
 constexpr guint64 kTimeoutMicroseconds = 100000;
 constexpr int kSimulatorWidth = 1280, kSimulatorHeight = 1024;
 constexpr double kSimulatorRate = 50;
+constexpr char kGone[] = "the camera does not answer any more";
 
 struct Unref {
   template <typename T>
@@ -70,11 +73,17 @@ constexpr FeatureRow kFeatureRows[CameraControls::kFeatures] = {
 }  // namespace
 
 struct CameraSource::Camera {
+  ~Camera() { LetGo(); }
+
   Options options;
-  std::mutex lock;  // guards the registers of `device`, and `streams`
+  // Told by the thread on which the camera is asked whether it is still there.
+  std::atomic<bool> lost{false};
+  std::mutex lock;  // guards the registers of `device`, and all that follows except for what `Open` makes
+  std::condition_variable rested;
   bool streams = false;
+  QStringList problems;
   Owned<ArvGvFakeCamera> simulator;  // outlives the camera that talks to it
-  Owned<ArvCamera> device;
+  Owned<ArvCamera> device;           // null once the camera is lost
   Owned<ArvStream> stream;
   QString id, name;
   ZynImage format{};
@@ -85,7 +94,12 @@ struct CameraSource::Camera {
   bool ReadFormat(QString* error);
   bool StartStream(QString* error);
   bool StartAcquisition();
+  void Rest();
+  void LetGo();
+  ArvCamera* Answering() const { return lost ? nullptr : device.get(); }
   void Deliver(ArvBuffer* buffer, const Sink& sink, bool* running) const;
+
+  static void HearLoss(ArvDevice*, void* camera) { static_cast<Camera*>(camera)->lost = true; }
 };
 
 CameraSource::CameraSource(const Options& options) : camera(std::make_unique<Camera>()) {
@@ -149,6 +163,7 @@ bool CameraSource::Camera::Connect(QString* error) {
     *error = QStringLiteral("camera %1: %2").arg(address, failure.Text());
     return false;
   }
+  g_signal_connect(arv_camera_get_device(device.get()), "control-lost", G_CALLBACK(HearLoss), this);
   name = QStringLiteral("%1 %2").arg(QString::fromUtf8(arv_camera_get_vendor_name(device.get(), nullptr)),
                                      QString::fromUtf8(arv_camera_get_model_name(device.get(), nullptr)));
   if (simulated) name = QStringLiteral("camera simulator (GigE Vision on loopback)");
@@ -201,17 +216,40 @@ bool CameraSource::Camera::StartStream(QString* error) {
 
 bool CameraSource::Camera::StartAcquisition() {
   const std::lock_guard<std::mutex> guard(lock);
+  if (!device) return false;
   QString error;
-  if (!stream && !StartStream(&error)) return false;
-  Failure failure;
-  arv_camera_set_acquisition_mode(device.get(), ARV_ACQUISITION_MODE_CONTINUOUS, nullptr);
-  arv_camera_start_acquisition(device.get(), &failure);
-  return streams = !failure;
+  bool good = stream || StartStream(&error);
+  if (good) {
+    Failure failure;
+    arv_camera_set_acquisition_mode(device.get(), ARV_ACQUISITION_MODE_CONTINUOUS, nullptr);
+    arv_camera_start_acquisition(device.get(), &failure);
+    good = !failure;
+    error = failure.Text();
+  }
+  if (!good) problems << QStringLiteral("the camera does not start: %1").arg(error);
+  return streams = good;
+}
+
+// Each word to a camera that has gone takes seconds: nothing is said to one that is known to have.
+void CameraSource::Camera::Rest() {
+  const std::lock_guard<std::mutex> guard(lock);
+  if (device && !lost) arv_camera_stop_acquisition(device.get(), nullptr);
+  stream.reset();  // the frames in it would be old ones at the next start
+  if (lost) LetGo();
+  streams = false;
+  rested.notify_all();
+}
+
+// In this order: the device tells of its loss until it is gone.
+void CameraSource::Camera::LetGo() {
+  stream.reset();
+  device.reset();
+  simulator.reset();
 }
 
 void CameraSource::Run(const Sink& sink) {
-  bool running = camera->StartAcquisition();
-  while (running) {
+  bool running = sink(ZynImage{}) && camera->StartAcquisition();
+  while (running && !camera->lost) {
     ArvBuffer* buffer = arv_stream_timeout_pop_buffer(camera->stream.get(), kTimeoutMicroseconds);
     // The sink is asked even while no frame comes, so that a silent camera can be stopped.
     if (buffer) {
@@ -221,10 +259,17 @@ void CameraSource::Run(const Sink& sink) {
       running = sink(ZynImage{});
     }
   }
-  const std::lock_guard<std::mutex> guard(camera->lock);
-  arv_camera_stop_acquisition(camera->device.get(), nullptr);
-  camera->streams = false;
-  camera->stream.reset();  // the frames in it would be old ones at the next start
+  camera->Rest();
+}
+
+bool CameraSource::IsLost() const {
+  return camera->lost;
+}
+
+QStringList CameraSource::TakeProblems() {
+  // While the camera is being waited for, they come at the next time.
+  const std::unique_lock<std::mutex> guard(camera->lock, std::try_to_lock);
+  return guard ? std::exchange(camera->problems, {}) : QStringList();
 }
 
 void CameraSource::Camera::Deliver(ArvBuffer* buffer, const Sink& sink, bool* running) const {
@@ -244,10 +289,10 @@ void CameraSource::Camera::Deliver(ArvBuffer* buffer, const Sink& sink, bool* ru
 CameraControls::Range CameraSource::Read(Feature feature) const {
   const std::lock_guard<std::mutex> guard(camera->lock);
   const FeatureRow& row = kFeatureRows[feature];
-  ArvCamera* device = camera->device.get();
+  ArvCamera* device = camera->Answering();
   Failure failure;
   Range range;
-  if (!row.isAvailable(device, &failure) || failure) return {};
+  if (!device || !row.isAvailable(device, &failure) || failure) return {};
   row.bounds(device, &range.least, &range.most, &failure);
   if (failure) return {};
   range.value = row.get(device, &failure);
@@ -258,7 +303,8 @@ CameraControls::Range CameraSource::Read(Feature feature) const {
 QString CameraSource::Set(Feature feature, double value) {
   const std::lock_guard<std::mutex> guard(camera->lock);
   const FeatureRow& row = kFeatureRows[feature];
-  ArvCamera* device = camera->device.get();
+  ArvCamera* device = camera->Answering();
+  if (!device) return QString::fromLatin1(kGone);
   if (row.isAutomatic && row.isAutomatic(device, nullptr)) row.setAutomatic(device, ARV_AUTO_OFF, nullptr);
   Failure failure;
   row.set(device, value, &failure);
@@ -268,10 +314,11 @@ QString CameraSource::Set(Feature feature, double value) {
 
 QStringList CameraSource::PixelFormats() const {
   const std::lock_guard<std::mutex> guard(camera->lock);
+  ArvCamera* device = camera->Answering();
+  if (!device) return {};
   guint count = 0;
   Failure failure;
-  const char** names =
-      arv_camera_dup_available_pixel_formats_as_strings(camera->device.get(), &count, &failure);
+  const char** names = arv_camera_dup_available_pixel_formats_as_strings(device, &count, &failure);
   QStringList formats;
   for (guint i = 0; names && i < count; ++i) formats << QString::fromUtf8(names[i]);
   g_free(names);
@@ -280,21 +327,23 @@ QStringList CameraSource::PixelFormats() const {
 
 QString CameraSource::PixelFormat() const {
   const std::lock_guard<std::mutex> guard(camera->lock);
-  return QString::fromUtf8(arv_camera_get_pixel_format_as_string(camera->device.get(), nullptr));
+  ArvCamera* device = camera->Answering();
+  return device ? QString::fromUtf8(arv_camera_get_pixel_format_as_string(device, nullptr)) : QString();
 }
 
 QString CameraSource::SetPixelFormat(const QString& wanted) {
-  const std::lock_guard<std::mutex> guard(camera->lock);
-  if (camera->streams) return QStringLiteral("the pixel format cannot be changed while frames come");
+  std::unique_lock<std::mutex> guard(camera->lock);
+  camera->rested.wait(guard, [this] { return !camera->streams; });
+  ArvCamera* device = camera->Answering();
+  if (!device) return QString::fromLatin1(kGone);
   Failure failure;
-  const char* read = arv_camera_get_pixel_format_as_string(camera->device.get(), nullptr);
-  const QByteArray before(read);
-  arv_camera_set_pixel_format_from_string(camera->device.get(), wanted.toLatin1().constData(), &failure);
+  const QByteArray before(arv_camera_get_pixel_format_as_string(device, nullptr));
+  arv_camera_set_pixel_format_from_string(device, wanted.toLatin1().constData(), &failure);
   if (failure) return QStringLiteral("the camera refuses %1: %2").arg(wanted, failure.Text());
   camera->stream.reset();  // its buffers may be too short
   QString error;
   if (camera->ReadFormat(&error)) return {};
-  arv_camera_set_pixel_format_from_string(camera->device.get(), before.constData(), nullptr);
+  arv_camera_set_pixel_format_from_string(device, before.constData(), nullptr);
   QString ignored;
   camera->ReadFormat(&ignored);
   return error;

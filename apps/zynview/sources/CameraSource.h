@@ -24,6 +24,8 @@ class CameraSource : public FrameSource, public CameraControls {
   QString Description() const override;
   void Run(const Sink& sink) override;
   CameraControls* Controls() override { return this; }
+  bool IsLost() const override;
+  QStringList TakeProblems() override;
 
   QString ID() const override;
   Range Read(Feature feature) const override;

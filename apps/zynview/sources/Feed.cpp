@@ -13,29 +13,41 @@ bool IsAlike(const ZynImage& a, const ZynImage& b) {
 }  // namespace
 
 Feed::Feed(std::unique_ptr<FrameSource> frameSource, ZynDisplayProcessor* target, FrameKeeper* frameKeeper,
-           Preparation::Prepare prepare)
-    : source(std::move(frameSource)), display(target), keeper(frameKeeper) {
+           Preparation::Prepare prepare, Errands* lateWork)
+    : source(std::move(frameSource)), display(target), keeper(frameKeeper), errands(lateWork) {
   if (prepare) preparation = std::make_unique<Preparation>(std::move(prepare));
 }
 
 Feed::~Feed() {
   Stop();
+  if (!errands) return;
+  // The source is the errand's last: it goes away there.
+  const auto late = std::make_shared<std::thread>(std::move(thread));
+  errands->Do([late, last = std::move(source)] {
+    if (late->joinable()) late->join();
+  });
 }
 
 void Feed::Start() {
   Stop();
   stop = false;
-  ended = holding = false;
+  holding = false;
   delivered = refused = 0;
   prepared = source->Format();
   isPrepared = true;
   if (preparation) preparation->Open();
-  thread = std::thread([this] {
-    source->Run([this](const ZynImage& frame) {
-      if (frame.imageData && !stop) HandOver(frame);
-      return !stop;
+  run = std::make_shared<Run>();
+  ended = std::make_shared<std::atomic<bool>>(false);
+  const auto before = std::make_shared<std::thread>(std::move(thread));
+  // Of this feed nothing is touched any more once the run is stopped.
+  thread = std::thread([this, before, frames = source, mine = run, over = ended] {
+    if (before->joinable()) before->join();
+    frames->Run([this, mine](const ZynImage& frame) {
+      const std::lock_guard<std::mutex> guard(mine->lock);
+      if (!mine->stopped && frame.imageData) HandOver(frame);
+      return !mine->stopped;
     });
-    ended = true;
+    *over = true;
   });
 }
 
@@ -76,7 +88,11 @@ void Feed::HandOver(const ZynImage& frame) {
 void Feed::Stop() {
   stop = true;
   if (preparation) preparation->Close();
-  if (thread.joinable()) thread.join();
+  if (run) {
+    const std::lock_guard<std::mutex> guard(run->lock);
+    run->stopped = true;
+  }
+  if (!errands && thread.joinable()) thread.join();
 }
 
 void Feed::SetPaused(bool on) {

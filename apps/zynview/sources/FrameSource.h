@@ -46,6 +46,9 @@ class FrameSource {
   // What went wrong since the last call, one sentence each.
   virtual QStringList TakeProblems() { return {}; }
 
+  // What delivered the frames has gone: none will come before it is opened again.
+  virtual bool IsLost() const { return false; }
+
   // Null for a source without anything to set.
   virtual CameraControls* Controls() { return nullptr; }
 };

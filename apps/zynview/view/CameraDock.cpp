@@ -29,10 +29,11 @@ constexpr FeatureRow kFeatureRows[CameraControls::kFeatures] = {
 
 }  // namespace
 
-CameraDock::CameraDock(FindCameras find, Background* jobs, QWidget* parent)
+CameraDock::CameraDock(FindCameras find, Background* search, Background* cameraTalk, QWidget* parent)
     : QDockWidget(QStringLiteral("Camera"), parent),
       findCameras(std::move(find)),
-      background(jobs),
+      searching(search),
+      talk(cameraTalk),
       list(new QComboBox),
       refresh(new QToolButton),
       formats(new QComboBox) {
@@ -54,7 +55,7 @@ CameraDock::CameraDock(FindCameras find, Background* jobs, QWidget* parent)
 
   list->setObjectName(QStringLiteral("cameras"));
   list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  list->setMinimumContentsLength(20);
+  list->setMinimumContentsLength(14);
   refresh->setText(QStringLiteral("Search"));
   refresh->setToolTip(QStringLiteral("Look for cameras again"));
   formats->setObjectName(QStringLiteral("formats"));
@@ -66,7 +67,8 @@ CameraDock::CameraDock(FindCameras find, Background* jobs, QWidget* parent)
   });
   connect(formats, qOverload<int>(&QComboBox::activated), this, [this](int index) {
     const QString name = formats->itemText(index);
-    if (controls && onFormat && name != controls->PixelFormat()) onFormat(name);
+    if (controls && onFormat && name != format) onFormat(name);
+    formats->setCurrentIndex(formats->findText(format));  // until the camera has it
   });
   ShowCameras({});
   SetControls(nullptr);
@@ -79,13 +81,13 @@ void CameraDock::showEvent(QShowEvent* event) {
 }
 
 void CameraDock::Refresh() {
-  if (searching) return;
-  searched = searching = true;
+  if (isSearching) return;
+  searched = isSearching = true;
   refresh->setEnabled(false);
-  background->Do([this, find = findCameras]() -> Background::Answer {
+  searching->Do([this, find = findCameras]() -> Background::Answer {
     const std::vector<CameraEntry> found = find();
     return [this, found] {
-      searching = false;
+      isSearching = false;
       refresh->setEnabled(true);
       ShowCameras(found);
     };
@@ -108,39 +110,65 @@ void CameraDock::MarkOpenCamera() {
   list->setCurrentIndex(found == cameras.end() ? -1 : static_cast<int>(found - cameras.begin()));
 }
 
-void CameraDock::SetControls(CameraControls* openCamera) {
-  controls = openCamera;
+void CameraDock::SetControls(std::shared_ptr<CameraControls> openCamera) {
+  controls = std::move(openCamera);
+  ++session;
+  wanted = {};
+  isSetting = false;
   MarkOpenCamera();
+  Show({});  // until the camera has answered
   Update();
 }
 
 void CameraDock::Update() {
   // Each question is one to the camera: nobody sees the answers of a panel that is hidden.
-  if (controls && !isVisible()) return;
-  for (const FeatureRow& each : kFeatureRows)
-    features[each.feature]->Show(controls ? controls->Read(each.feature) : CameraControls::Range());
-  ShowFormats();
+  if (!controls || !isVisible()) return;
+  talk->Do([this, camera = controls, asked = session]() -> Background::Answer {
+    return [this, asked, state = camera->ReadAll()] {
+      if (asked == session && !isSetting) Show(state);
+    };
+  });
 }
 
-void CameraDock::ShowFormats() {
+void CameraDock::Show(const CameraControls::State& state) {
+  for (const FeatureRow& each : kFeatureRows) features[each.feature]->Show(state.ranges[each.feature]);
+  ShowFormats(state);
+}
+
+void CameraDock::ShowFormats(const CameraControls::State& state) {
+  format = state.format;
   formats->clear();
-  formats->setEnabled(controls != nullptr);
-  if (!controls) return;
-  formats->addItems(controls->PixelFormats());
+  formats->addItems(state.formats);
+  formats->setEnabled(!state.formats.isEmpty());
   for (int i = 0; i < formats->count(); ++i) {
     // What this program cannot read is there, but cannot be chosen.
     auto* model = qobject_cast<QStandardItemModel*>(formats->model());
     if (model && PixelCode(formats->itemText(i)) == 0) model->item(i)->setEnabled(false);
   }
-  formats->setCurrentIndex(formats->findText(controls->PixelFormat()));
+  formats->setCurrentIndex(formats->findText(format));
 }
 
 void CameraDock::SetFeature(int feature, double value) {
   if (!controls) return;
-  const QString problem = controls->Set(static_cast<CameraControls::Feature>(feature), value);
-  if (!problem.isEmpty() && onProblem) onProblem(problem);
+  wanted[static_cast<std::size_t>(feature)] = value;
+  if (!isSetting) SendNext();
+}
+
+void CameraDock::SendNext() {
+  const auto next =
+      std::find_if(wanted.begin(), wanted.end(), [](const auto& value) { return value.has_value(); });
+  isSetting = next != wanted.end();
   // The camera may have taken another value, and the limits of one feature may depend on another.
-  for (const FeatureRow& each : kFeatureRows) features[each.feature]->Show(controls->Read(each.feature));
+  if (!isSetting) return Update();
+  const auto feature = static_cast<CameraControls::Feature>(next - wanted.begin());
+  talk->Do([this, camera = controls, asked = session, feature, value = **next]() -> Background::Answer {
+    return [this, asked, problem = camera->Set(feature, value)] {
+      if (asked != session) return;
+      if (!problem.isEmpty() && onProblem) onProblem(problem);
+      SendNext();
+    };
+  });
+  next->reset();
 }
 
 }  // namespace zynview

@@ -4,7 +4,10 @@
 #include <QDockWidget>
 #include <QString>
 #include <array>
+#include <cstdint>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <vector>
 
 #include "sources/Background.h"
@@ -18,22 +21,22 @@ namespace zynview {
 
 class FeatureControl;
 
-// GUI thread.
+// GUI thread, on which nothing waits for a camera.
 class CameraDock : public QDockWidget {
  public:
   using FindCameras = std::function<std::vector<CameraEntry>()>;  // any thread; may take long
 
-  // `background` is not owned; it looks for the cameras.
-  CameraDock(FindCameras find, Background* background, QWidget* parent);
+  // `find` is called in `search`, and the camera that is open in `talk`. Neither is owned.
+  CameraDock(FindCameras find, Background* search, Background* talk, QWidget* parent);
 
   // The user wants another camera (an empty id means the simulator), or another pixel format.
   std::function<void(const QString& id)> onCamera;
   std::function<void(const QString& name)> onFormat;
   std::function<void(const QString& problem)> onProblem;
 
-  // The camera that is open; null: none. Not owned: null has to come before it goes away.
-  void SetControls(CameraControls* openCamera);
-  // Asks the camera for all its values.
+  // The camera that is open; null: none.
+  void SetControls(std::shared_ptr<CameraControls> openCamera);
+  // Asks the camera for all its values; they are shown when it has answered.
   void Update();
   // Looks for cameras; the list comes later. The simulator stands at its end.
   void Refresh();
@@ -44,14 +47,22 @@ class CameraDock : public QDockWidget {
  private:
   void ShowCameras(std::vector<CameraEntry> found);
   void MarkOpenCamera();
-  void ShowFormats();
+  void Show(const CameraControls::State& state);
+  void ShowFormats(const CameraControls::State& state);
   void SetFeature(int feature, double value);
+  void SendNext();
 
   FindCameras findCameras;
-  Background* background;
-  CameraControls* controls = nullptr;
+  Background* searching;
+  Background* talk;
+  std::shared_ptr<CameraControls> controls;
+  uint64_t session = 0;  // counts the cameras: what an earlier one answers is not shown
+  // What the user has chosen and the camera has not heard of. A slider that is drawn along is faster than it.
+  std::array<std::optional<double>, CameraControls::kFeatures> wanted;
+  bool isSetting = false;
+  QString format;  // what the camera has
   std::vector<CameraEntry> cameras;
-  bool searched = false, searching = false;
+  bool searched = false, isSearching = false;
   QComboBox* list;
   QToolButton* refresh;
   QComboBox* formats;

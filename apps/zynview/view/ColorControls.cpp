@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <cmath>
+#include <string_view>
 
 #include "pixels/PixelTable.h"
 
@@ -10,7 +11,9 @@ namespace zynview {
 namespace {
 
 constexpr uint32_t kCodeMask = 0xFFFF;
-constexpr char kUnread[] = "this format passes the display unread: nothing is corrected or marked";
+constexpr char kUnread[] = "this format is not read: nothing is corrected or marked";
+constexpr char kNoPicture[] = "passes the display unread, this is no picture";
+constexpr char kNotOnCard[] = "OpenGL does not take this format, nothing is shown";
 
 bool Failed(uint32_t code) {
   return (code & kCodeMask) != 0;
@@ -101,7 +104,13 @@ bool ColorControls::PicturesAreRead() const {
   ZynImgProcessor* stage = Stage("image.colorcorrection");
   const ZynImage* format = stage ? stage->GetImageInfo(false) : nullptr;
   const PixelRow* row = format ? FindPixel(format->pixelType) : nullptr;
-  return row && row->IsPlain();
+  if (!row) return false;
+  const std::string_view samples(row->samples);
+  return row->IsPlain() || (IsOnCard() && (samples == "RGBA" || samples == "BGRA"));
+}
+
+QString ColorControls::WhyUnread() const {
+  return QString::fromLatin1(IsOnCard() ? kNotOnCard : kNoPicture);
 }
 
 QString ColorControls::NextDemosaicing() {

@@ -27,9 +27,12 @@ class ColorControls {
   QString MultiplyGain(double factor);
   QString ResetCorrection();
 
-  // Formats that no stage reads pass the display as they are. What comes out is no picture, or nothing at
-  // all.
+  // Formats that no stage reads pass the processor's stages as they are: what comes out is no picture, or
+  // nothing at all. On the card each of their images fails, except for colour with alpha, which textures
+  // take.
   bool PicturesAreRead() const;
+  // What is wrong with a format that is not read, for the title and the status line.
+  QString WhyUnread() const;
 
   // What is on, for the status line; empty when nothing is.
   QString Summary() const;

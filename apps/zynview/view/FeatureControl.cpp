@@ -11,6 +11,7 @@ namespace zynview {
 namespace {
 
 constexpr int kMostDecimals = 3;
+constexpr int kNumberWidth = 110;
 
 // Small ranges want more of them.
 int Decimals(double most) {
@@ -29,7 +30,8 @@ FeatureControl::FeatureControl(const QString& unit, bool isLogarithmic, QWidget*
   row->addWidget(slider, 1);
   row->addWidget(number);
   slider->setRange(0, FeatureScale::kPlaces);
-  slider->setMinimumWidth(100);
+  slider->setMinimumWidth(80);
+  number->setMinimumWidth(kNumberWidth);  // one below the other, all begin at the same place
   number->setSuffix(unit);
   number->setKeyboardTracking(false);  // a number that is being typed is none yet
   connect(slider, &QSlider::valueChanged, this, [this](int place) { Choose(scale.ValueAt(place)); });

@@ -56,7 +56,11 @@ double HistogramPlot::Height(double count, double most) const {
 std::vector<Plot::Tick> HistogramPlot::Heights(double most) const {
   if (!logarithmic) return {{0, QStringLiteral("0")}, {1, Short(most)}};
   std::vector<Tick> ticks{{0, QStringLiteral("0")}};
-  for (double count = 1; count <= most; count *= 10) ticks.push_back({Height(count, most), Short(count)});
+  const auto decades = static_cast<int>(std::floor(std::log10(most)));
+  for (int decade = 0; decade <= decades; ++decade) {
+    const double count = std::pow(10, decade);
+    ticks.push_back({Height(count, most), Short(count)});
+  }
   return ticks;
 }
 

@@ -17,6 +17,8 @@
 #include "view/AnalysisDock.h"
 #include "view/CameraDock.h"
 #include "view/Commands.h"
+#include "view/ElidedLabel.h"
+#include "view/Notice.h"
 
 namespace zynview {
 
@@ -25,6 +27,7 @@ namespace {
 constexpr int kPixelMilliseconds = 100;
 constexpr int kStatusColour = 0x00FFFF;  // yellow: red in the lowest byte
 constexpr int kWidth = 1024, kHeight = 780;
+constexpr int kLabelMargin = 4;
 
 // A number or a list that takes keys.
 bool IsInPanel(const QWidget* widget) {
@@ -47,7 +50,7 @@ MainWindow::MainWindow(const Options& programOptions, Settings savedSettings)
       colors(nullptr),
       overlays(nullptr),
       readout(nullptr, nullptr),
-      sourceLabel(new QLabel(this)),
+      sourceLabel(new ElidedLabel(this)),
       pixelLabel(new QLabel(this)),
       colorLabel(new QLabel(this)),
       rateLabel(new QLabel(this)),
@@ -85,7 +88,11 @@ MainWindow::MainWindow(const Options& programOptions, Settings savedSettings)
 }
 
 MainWindow::~MainWindow() {
-  // The display runs the event loop while it goes: nothing of this window may follow it then.
+  // The display runs the event loop while it goes: nothing of this window may follow it then. What has been
+  // opened meanwhile is not shown any more.
+  isPreparing = true;
+  background.End();
+  cameraTalk.End();
   timer->stop();
   pixelTimer->stop();
   QCoreApplication::instance()->removeEventFilter(this);
@@ -100,14 +107,19 @@ MainWindow::~MainWindow() {
 void MainWindow::MakeStatusBar() {
   statusBar()->addWidget(sourceLabel, 1);
   for (QLabel* label : {pixelLabel, colorLabel, rateLabel}) statusBar()->addPermanentWidget(label);
+  sourceLabel->setContentsMargins(kLabelMargin, 0, 0, 0);
+  colorLabel->setContentsMargins(kLabelMargin, 0, kLabelMargin, 0);
   statusBar()->setVisible(!options.bare);
   // Where room is scarce, the figures keep theirs; the title holds the whole text.
   sourceLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
 void MainWindow::MakeDocks() {
-  cameraDock = new CameraDock(CameraSource::FindCameras, &background, this);
-  cameraDock->onCamera = [this](const QString& id) { OpenCamera(id); };
+  notice = new Notice(this);
+  addToolBar(Qt::TopToolBarArea, notice);
+  notice->hide();
+  cameraDock = new CameraDock(CameraSource::FindCameras, &background, &cameraTalk, this);
+  cameraDock->onCamera = [this](const QString& id) { OpenCamera(id, 0); };
   cameraDock->onFormat = [this](const QString& name) { ChangePixelFormat(name); };
   cameraDock->onProblem = [this](const QString& problem) { Tell(problem); };
   addDockWidget(Qt::RightDockWidgetArea, cameraDock);
@@ -124,6 +136,7 @@ void MainWindow::PlaceWindow() {
   resize(size + QSize(0, bars));
   if (options.window.isEmpty() && !settings.geometry.isEmpty()) restoreGeometry(settings.geometry);
   if (options.window.isEmpty() && !settings.docks.isEmpty()) restoreState(settings.docks);
+  notice->hide();  // it may have been there at the end of the last time
 }
 
 void MainWindow::SaveSettings() {
@@ -143,13 +156,16 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   QMainWindow::closeEvent(event);
 }
 
-// The display's window lies within this one. What is typed into a number or a list of a panel is not for the
-// viewer, and what is typed in another window neither.
+// What is typed into a number or a list of a panel is not for the viewer, and what is typed in another window
+// neither.
 bool MainWindow::AreKeysOurs(const QObject* object) const {
-  const QWindow* window = qobject_cast<const QWindow*>(object);
-  if (!window || !windowHandle()) return false;
-  if (window != windowHandle()) return windowHandle()->isAncestorOf(window);
-  return !IsInPanel(focusWidget());
+  return object == windowHandle() ? !IsInPanel(focusWidget()) : IsPicture(object);
+}
+
+// Dialogs belong to this window as well, but do not lie within it.
+bool MainWindow::IsPicture(const QObject* object) const {
+  const auto* window = qobject_cast<const QWindow*>(object);
+  return window && windowHandle() && windowHandle()->isAncestorOf(window, QWindow::ExcludeTransients);
 }
 
 bool MainWindow::TakeKey(const QObject* object, const QKeyEvent& key) {
@@ -176,8 +192,7 @@ bool MainWindow::eventFilter(QObject* object, QEvent* event) {
     ShowPixel();
   }
   // What is dropped on the picture comes to the display's own window.
-  if (object->isWindowType() && object != windowHandle() && windowHandle() &&
-      windowHandle()->isAncestorOf(static_cast<QWindow*>(object))) {
+  if (IsPicture(object)) {
     if (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove) {
       static_cast<QDropEvent*>(event)->acceptProposedAction();
       return true;
@@ -239,6 +254,7 @@ QString MainWindow::PauseText() const {
 void MainWindow::ShowRates() {
   if (!feed) return;
   for (const QString& problem : feed->Source().TakeProblems()) Complain(problem);
+  if (feed->Source().IsLost()) return TellLoss();
   const double seconds = static_cast<double>(interval.restart()) / 1000.0;
   const uint64_t delivered = feed->Delivered(), shown = notifications.shown;
   if (seconds > 0) {

@@ -30,6 +30,7 @@ namespace zynview {
 class AnalysisDock;
 class CameraDock;
 class HelpWindow;
+class Notice;
 
 class MainWindow : public QMainWindow {
   Q_OBJECT
@@ -58,12 +59,13 @@ class MainWindow : public QMainWindow {
   void PlaceWindow();
   void PassFocusOn();
   bool AreKeysOurs(const QObject* object) const;
+  bool IsPicture(const QObject* object) const;  // a window of the display's
   bool TakeKey(const QObject* object, const QKeyEvent& key);
   void SaveSettings();
 
   // Sources: opened in the background, shown when they are open.
   void OpenFiles(const QStringList& paths);
-  void OpenCamera(const QString& id);
+  void OpenCamera(const QString& id, uint32_t pixelType);  // 0: what the camera delivers by itself
   void OpenLater(const Options& wanted);
   void Opened(const Options& wanted, const std::shared_ptr<std::unique_ptr<FrameSource>>& source,
               const QString& problem);
@@ -73,6 +75,8 @@ class MainWindow : public QMainWindow {
   void ShowSource(const ZynImage& format, const QString& name);
   void StartFeed();
   void ChangePixelFormat(const QString& name);
+  void FormatChanged(const QString& before, const QString& problem);
+  void TellLoss();
 
   // Menu bar and dialogs.
   void MakeMenuBar();
@@ -111,11 +115,13 @@ class MainWindow : public QMainWindow {
   ColorControls colors;
   Overlays overlays;
   PixelReadout readout;
+  Errands errands;             // of the feeds
   std::unique_ptr<Feed> feed;  // null as long as there is no source
   CameraDock* cameraDock = nullptr;
   std::unique_ptr<AnalysisDock> analysisDock;
   std::unique_ptr<RegionMarker> marker;
   HelpWindow* help = nullptr;
+  Notice* notice = nullptr;
   QLabel* sourceLabel;
   QLabel* pixelLabel;
   QLabel* colorLabel;
@@ -127,6 +133,8 @@ class MainWindow : public QMainWindow {
   bool menuIsOpen = false;
   bool hasStarted = false;   // a source was shown
   bool isPreparing = false;  // the display is being initialised, and may run the event loop
+  bool isChanging = false;   // the camera is asked for another pixel format, and the feed stands still
+  bool isLost = false;       // told that the source has gone
 
   // What waits for a frame that is newer than this one.
   struct Save {
@@ -135,7 +143,8 @@ class MainWindow : public QMainWindow {
   };
   std::vector<Save> saves;
 
-  Background background;  // goes first
+  Background cameraTalk;  // may wait for a camera that has gone
+  Background background;  // both go first
 };
 
 }  // namespace zynview

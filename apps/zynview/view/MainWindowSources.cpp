@@ -12,6 +12,7 @@
 #include "sources/MakeSource.h"
 #include "view/CameraDock.h"
 #include "view/MainWindow.h"
+#include "view/Notice.h"
 
 namespace zynview {
 
@@ -63,8 +64,9 @@ bool MainWindow::Show(std::unique_ptr<FrameSource> source, QString* error) {
   if (good) {
     keeper.Forget();
     keeper.Want();  // the only frame of a source that stands still
-    feed = std::make_unique<Feed>(std::move(source), display.get(), &keeper,
-                                  [this](const ZynImage& format) { return PrepareAgain(format); });
+    feed = std::make_unique<Feed>(
+        std::move(source), display.get(), &keeper,
+        [this](const ZynImage& format) { return PrepareAgain(format); }, &errands);
   } else if (before) {
     QString ignored;
     Prepare(before->Source().Format(), before->Source().Description(), &ignored);
@@ -81,8 +83,10 @@ void MainWindow::StartFeed() {
   hasStarted = true;
   notifications.shown = notifications.failed = 0;
   lastDelivered = lastShown = 0;
+  isLost = false;
+  notice->hide();
   feed->Start();
-  cameraDock->SetControls(feed->Source().Controls());
+  cameraDock->SetControls(feed->Controls());
   clock.start();
   interval.start();
   timer->start(kStatusMilliseconds);
@@ -128,7 +132,7 @@ void MainWindow::ShowSource(const ZynImage& format, const QString& name) {
                      .arg(name, PixelNameOf(format.pixelType))
                      .arg(format.width)
                      .arg(format.height);
-  if (!colors.PicturesAreRead()) text += QStringLiteral(": passes the display unread, this is no picture");
+  if (!colors.PicturesAreRead()) text += QStringLiteral(": ") + colors.WhyUnread();
   sourceLabel->setText(text);
   setWindowTitle(text);
 }
@@ -146,10 +150,10 @@ void MainWindow::OpenFiles(const QStringList& paths) {
   OpenLater(wanted);
 }
 
-void MainWindow::OpenCamera(const QString& id) {
+void MainWindow::OpenCamera(const QString& id, uint32_t pixelType) {
   Options wanted = options;
   wanted.files.clear();
-  wanted.pixelType = 0;
+  wanted.pixelType = pixelType;
   wanted.camera = id;
   wanted.source = id.isEmpty() ? Options::Simulator : Options::Camera;
   OpenLater(wanted);
@@ -167,7 +171,7 @@ void MainWindow::OpenLater(const Options& wanted) {
 
 void MainWindow::Opened(const Options& wanted, const std::shared_ptr<std::unique_ptr<FrameSource>>& source,
                         const QString& problem) {
-  if (isPreparing || menuIsOpen) {
+  if (isPreparing || isChanging || menuIsOpen) {
     QTimer::singleShot(kAgainMilliseconds, this,
                        [this, wanted, source, problem] { Opened(wanted, source, problem); });
     return;
@@ -175,29 +179,67 @@ void MainWindow::Opened(const Options& wanted, const std::shared_ptr<std::unique
   statusBar()->clearMessage();
   QString error = problem;
   if (!error.isEmpty() || !Show(std::move(*source), &error)) {
-    cameraDock->SetControls(feed ? feed->Source().Controls() : nullptr);
+    cameraDock->SetControls(feed && !isLost ? feed->Controls() : nullptr);
     return Complain(error);
   }
   for (const QString& file : wanted.files) settings.recent.Add(file);
   settings.Save();
 }
 
+// The camera is asked in the background, where it may take its time; until it has answered no other source is
+// shown.
 void MainWindow::ChangePixelFormat(const QString& name) {
-  CameraControls* controls = feed ? feed->Source().Controls() : nullptr;
-  if (!controls || isPreparing) return;
-  const Raised raised(&isPreparing);
-  FrameSource& source = feed->Source();
-  const QString before = controls->PixelFormat();
+  if (!feed || isPreparing || isChanging || isLost) return;
+  const std::shared_ptr<CameraControls> controls = feed->Controls();
+  if (!controls) return;
+  isChanging = true;
   feed->Stop();
-  QString error = controls->SetPixelFormat(name);
-  if (error.isEmpty() && !Prepare(source.Format(), source.Description(), &error)) {
-    QString ignored;
-    controls->SetPixelFormat(before);
-    Prepare(source.Format(), source.Description(), &ignored);
+  Tell(QStringLiteral("asking the camera for %1 ...").arg(name));
+  cameraTalk.Do([this, controls, name]() -> Background::Answer {
+    const QString before = controls->PixelFormat();
+    const QString problem = controls->SetPixelFormat(name);
+    return [this, before, problem] { FormatChanged(before, problem); };
+  });
+}
+
+void MainWindow::FormatChanged(const QString& before, const QString& problem) {
+  if (isPreparing || menuIsOpen) {
+    QTimer::singleShot(kAgainMilliseconds, this, [this, before, problem] { FormatChanged(before, problem); });
+    return;
   }
+  statusBar()->clearMessage();
+  const Raised raised(&isPreparing);
+  const FrameSource& source = feed->Source();
+  QString error = problem;
+  if (!Prepare(source.Format(), source.Description(), &error) && problem.isEmpty() && !before.isEmpty()) {
+    // Back to what the display can show. When that fails as well, all stays as it is then.
+    Complain(error);
+    cameraTalk.Do([this, controls = feed->Controls(), before]() -> Background::Answer {
+      const QString refused = controls->SetPixelFormat(before);
+      return [this, refused] { FormatChanged(QString(), refused); };
+    });
+    return;
+  }
+  isChanging = false;
   keeper.Forget();
   StartFeed();
   if (!error.isEmpty()) Complain(error);
+}
+
+// The last picture stays, and the line above it says that it is the last.
+void MainWindow::TellLoss() {
+  if (isLost) return;
+  isLost = true;
+  const QString name = feed->Source().Description();
+  const CameraControls* controls = feed->Source().Controls();
+  const QString id = controls ? controls->ID() : QString();
+  const uint32_t pixelType = feed->Source().Format().pixelType;
+  cameraDock->SetControls(nullptr);
+  setWindowTitle(QStringLiteral("%1 — lost").arg(name));
+  rateLabel->setText(QStringLiteral("camera lost"));
+  const QString text = QStringLiteral("%1 does not answer any more: this is its last picture").arg(name);
+  notice->Tell(text, QStringLiteral("Open Again"), [this, id, pixelType] { OpenCamera(id, pixelType); });
+  Complain(text);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {

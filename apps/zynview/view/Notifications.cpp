@@ -19,7 +19,10 @@ std::string Value(const QTD::ARGUMENTS& args, const char* name) {
 
 }  // namespace
 
-Notifications::Notifications() : desk(std::make_unique<QObject>()) {}
+Notifications::Notifications()
+    : moved(std::make_unique<GuiCall>([this] { HandMoveOver(); })), clicked(std::make_unique<GuiCall>([this] {
+        if (onRightClick) onRightClick();
+      })) {}
 
 void Notifications::Join(ZynDisplayProcessor* target) {
   display = target;
@@ -32,12 +35,13 @@ void Notifications::AskForMovements() {
 }
 
 // When the command is back, no call to this object is under way, and none comes; what was handed over before
-// goes with the desk.
+// goes with the two.
 void Notifications::Leave() {
   if (!display) return;
   Run(display, "cmd.system.notification.del", {{"proc", PointerText(static_cast<ZynDisplayCommand*>(this))}});
   display = nullptr;
-  desk.reset();
+  moved.reset();
+  clicked.reset();
 }
 
 // Never takes a click away from the display: the answer is 0.
@@ -54,10 +58,7 @@ uint32_t Notifications::RunCommand(const char* name, QTD::ARGUMENTS* args) {
 
 void Notifications::HearMouse(const QTD::ARGUMENTS& args) {
   const std::string code = Value(args, "code");
-  if (code == "mouse.down" && Value(args, "left") == "0") {
-    QMetaObject::invokeMethod(
-        desk.get(), [this] { onRightClick ? onRightClick() : void(); }, Qt::QueuedConnection);
-  }
+  if (code == "mouse.down" && Value(args, "left") == "0") clicked->Ask();
   if (code != "mouse.move") return;
   const std::lock_guard<std::mutex> guard(lock);
   x = std::atoi(Value(args, "win.x").c_str());
@@ -65,8 +66,7 @@ void Notifications::HearMouse(const QTD::ARGUMENTS& args) {
   // A busy GUI thread hears of the last place only.
   if (moveIsQueued) return;
   moveIsQueued = true;
-  QMetaObject::invokeMethod(
-      desk.get(), [this] { HandMoveOver(); }, Qt::QueuedConnection);
+  moved->Ask();
 }
 
 void Notifications::HandMoveOver() {

@@ -1,7 +1,6 @@
 // What the display tells: images that it has processed, and the mouse.
 #pragma once
 
-#include <QObject>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -9,6 +8,7 @@
 #include <mutex>
 
 #include "ZynDisplay.h"
+#include "sources/GuiCall.h"
 
 namespace zynview {
 
@@ -39,9 +39,9 @@ class Notifications : public ZynDisplayCommand {
   void HearMouse(const QTD::ARGUMENTS& args);
   void HandMoveOver();
 
-  ZynDisplayProcessor* display = nullptr;  // not owned
-  std::unique_ptr<QObject> desk;           // on the GUI thread; what waits for it goes away with it
-  std::mutex lock;                         // guards the three
+  ZynDisplayProcessor* display = nullptr;   // not owned
+  std::unique_ptr<GuiCall> moved, clicked;  // what waits for them goes away with them
+  std::mutex lock;                          // guards the three
   int x = 0, y = 0;
   bool moveIsQueued = false;
 };

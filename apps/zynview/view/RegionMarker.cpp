@@ -30,6 +30,14 @@ bool IsDisplayWindow(const QObject* object) {
   return object->isWindowType() && !object->inherits("QWidgetWindow");
 }
 
+QPointF PlaceOf(const QMouseEvent& event) {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+  return event.localPos();
+#else
+  return event.position();
+#endif
+}
+
 }  // namespace
 
 RegionMarker::RegionMarker(ZynDisplayProcessor* target) : display(target) {}
@@ -93,7 +101,8 @@ bool RegionMarker::eventFilter(QObject* object, QEvent* event) {
     return true;
   }
   if (!IsDisplayWindow(object)) return false;
-  auto* mouse = static_cast<QMouseEvent*>(event);
+  auto* mouse = dynamic_cast<QMouseEvent*>(event);
+  if (!mouse) return false;
   switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
@@ -120,16 +129,16 @@ bool RegionMarker::eventFilter(QObject* object, QEvent* event) {
 void RegionMarker::Press(const QMouseEvent& event) {
   dragged = false;
   taken = true;
-  pressedAt = event.localPos();
+  pressedAt = PlaceOf(event);
   before = region;
   pressed = PixelAt(pressedAt, &first);
 }
 
 void RegionMarker::DragTo(const QMouseEvent& event) {
-  const QPointF moved = event.localPos() - pressedAt;
+  const QPointF moved = PlaceOf(event) - pressedAt;
   dragged = dragged || std::max(std::abs(moved.x()), std::abs(moved.y())) >= kLeastDrag;
   QPoint last;
-  if (!dragged || !PixelAt(event.localPos(), &last)) return;
+  if (!dragged || !PixelAt(PlaceOf(event), &last)) return;
   const QPoint topLeft(std::min(first.x(), last.x()), std::min(first.y(), last.y()));
   const QPoint bottomRight(std::max(first.x(), last.x()), std::max(first.y(), last.y()));
   Mark(QRect(topLeft, bottomRight));
