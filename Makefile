@@ -3,10 +3,20 @@
 
 ARGS ?=
 
-.PHONY: run test bench package check-packages reference gallery tour matrix twins build deps clean
+# What one build folder has compiled serves the others.
+export CCACHE_BASEDIR := $(CURDIR)
+export CCACHE_NOHASHDIR := 1
 
-run: deps build
-	tools/with-screen build/release/apps/zynview/zynview $(if $(DISPLAY),,--seconds 5 --save build/zynview.png) $(ARGS)
+.PHONY: run viewer test bench package check-packages reference gallery tour matrix twins build deps clean
+
+run: viewer
+	tools/with-screen build/viewer/apps/zynview/zynview $(if $(DISPLAY),,--seconds 5 --save build/zynview.png) $(ARGS)
+
+# The viewer alone: no tests, no benchmarks, and nothing installed for them.
+viewer:
+	@tools/install-packages build run
+	@cmake --preset viewer >/dev/null
+	@cmake --build --preset viewer --target zynview
 
 build: deps
 	@cmake --preset release >/dev/null
