@@ -19,20 +19,25 @@ class PROPERTIES;
 }  // namespace QTD
 
 /// Codes in the low 16 bits of a return value. A failure is `0x80000000 | componentID << 16 | code`; 0 is
-/// success. Stages and chains give some of them a meaning of their own: 2 no stage of that name, 3 pixel
-/// format not handled, 4 a stage of that name exists, 9 no memory.
+/// success.
 enum ZynErrorCode : uint32_t {
   ZYN_ERR_FAILED = 1,            ///< a step failed without a more exact reason
-  ZYN_ERR_NOT_IMPLEMENTED = 3,   ///< the operation is not provided by this object
+  ZYN_ERR_NO_STAGE = 2,          ///< from a chain: no stage of that name
+  ZYN_ERR_NOT_IMPLEMENTED = 3,   ///< not provided by this object; from a stage: a format it does not handle
+  ZYN_ERR_STAGE_EXISTS = 4,      ///< from a chain: a stage of that name exists, or the stage is in the list
   ZYN_ERR_NOT_FOUND = 5,         ///< no parameter of that name or index
   ZYN_ERR_BUFFER_TOO_SMALL = 6,  ///< the value's length is not below the buffer's size
   ZYN_ERR_BAD_ARGUMENT = 7,  ///< null or empty argument, image without size or data, images that do not match
-  ZYN_ERR_NOT_READY = 8,     ///< what the operation needs does not exist yet
-  ZYN_ERR_BUSY = 9,          ///< a converter is being set up
+  /// What the operation needs is not there, not yet or no more: window, chain, card, the whole display. From
+  /// `DisplayVideo`: an image of another size than prepared.
+  ZYN_ERR_NOT_READY = 8,
+  ZYN_ERR_BUSY = 9,  ///< a converter is being set up; from a stage or a converter: no memory, no such method
   ZYN_ERR_NOT_SUPPORTED = 10,  ///< a reserved operation or an unknown command
 };
 
-/// A list of named text parameters. Any thread may call any operation.
+/// A list of named text parameters. Any thread may call any operation. The typed stores and reads and
+/// `ExecuteCommand` of a controller wait for an image that is being processed, and so does storing
+/// "display.bg.color" of a `ZynDisplay`; `SetParameter` does not wait.
 ///
 /// Numbers are text: "%d", "%lld" and "%f" in the C locale; flags are 0 and 1; an empty text reads as 0. A
 /// stored text that cannot be read as the number asked for raises `std::invalid_argument` or
@@ -40,6 +45,8 @@ enum ZynErrorCode : uint32_t {
 ///
 /// A component belongs to the object that it was had from, and lives as long as that. Texts are copied in and
 /// out. Names and values are any texts; null counts as the empty text where nothing else is said.
+///
+/// Binary interface: within one major version the virtual functions keep their order and number.
 class ZynComponent {
  public:
   virtual ~ZynComponent() = default;
@@ -100,6 +107,8 @@ class ZynComponent {
 
 /// Anything that can run a named command: the controller of a display, a stage, a host's receiver of
 /// notifications.
+///
+/// Binary interface: within one major version the virtual functions keep their order and number.
 class ZynDisplayCommand {
  public:
   virtual ~ZynDisplayCommand() = default;
@@ -114,7 +123,9 @@ class ZynDisplayCommand {
   /// Runs the command; `args` carries arguments in and results out and may be null. What the result means is
   /// the command's own matter: of a controller and of stages 1 is done and 0 failed or unknown; of a receiver
   /// 0 leaves the display to do what it does. Commands of the library: any thread. Receivers are called on
-  /// the GUI thread or on the messenger thread, as the notification says. Default: 0.
+  /// the GUI thread or on the messenger thread, as the notification says; those of "notification.image" run
+  /// with the display's locks held, and must wait for other threads as little as a stage of
+  /// `ZynImgProcessor`. Default: 0.
   virtual uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) {
     (void)name;
     (void)args;

@@ -43,6 +43,8 @@
 /// Threads: any thread may call any operation of a component; `Init`, `ProcessImage` and `Release` exclude
 /// each other. A call works on several threads where the machine has them. Return values are codes of
 /// `ZynErrorCode` in the low 16 bits; 0 is success.
+///
+/// Binary interface: within one major version the virtual functions keep their order and number.
 class ZynBayer {
  public:
   /// The parameters: "BayerAlgType". Owned by this object. Any thread.

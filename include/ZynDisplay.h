@@ -26,7 +26,10 @@ class QWidget;
 /// the operations here are composed codes, `0x80000000 | 0xFF << 16 | code`.
 ///
 /// Threads: made on the GUI thread; any thread may call any operation. While the display is being deleted
-/// they answer 8.
+/// operations with a code answer 8, `RunCommand` 0, `GetProcessor` null; `Uninitialize` and
+/// `ReleaseConverter` do nothing.
+///
+/// Binary interface: within one major version the virtual functions keep their order and number.
 class ZynDisplayProcessor : public ZynDisplayCommand {
  public:
   /// The parameters of the controller, which act when they are set by the typed stores. Owned by the display.
@@ -35,14 +38,20 @@ class ZynDisplayProcessor : public ZynDisplayCommand {
   /// Makes window and chain for images like `format`, of which the pixels are not read. The GUI thread does
   /// the work while the caller waits. May be repeated for another format: the chain and its stages' settings
   /// go, window and overlays stay. 7: null, or no size; 1: no window (no widget, no `QApplication`, no
-  /// OpenGL), or, with "system.silent" 0, a format that cannot be shown. Hand over no images meanwhile.
+  /// OpenGL), or, with "system.silent" 0, a format that cannot be shown; 8: called from a stage, or while
+  /// another initialisation is under way on the GUI thread. Hand over no images meanwhile.
   virtual uint32_t Initialize(const ZynImage* format) = 0;
 
   /// Shows an image; null takes the picture away. The pixels are copied before the call returns, and the
   /// record with them; drawing happens later on the GUI thread, and only the newest image is drawn. The call
-  /// waits for one image that is being processed at most. 7: no size or no pixels; 8: another size than
-  /// prepared; other codes: an image before it has failed. What goes wrong later is told by
-  /// "notification.image".
+  /// waits for one image that is being processed at most.
+  ///
+  /// The bytes are taken for the prepared format: `pixelType` is not compared, and `origin` is not read. 0
+  /// says that the image was taken, or dropped: before `Initialize`, or, of another size or format, when it
+  /// has more bytes than the prepared one. 7: no size or no pixels; 8: another size than prepared. Any code
+  /// may also come from something that failed just then, such as this image in the chain or a conversion of
+  /// another thread, and 9 from a converter that is set up there: the image had been taken. What goes wrong
+  /// later is told by "notification.image".
   virtual uint32_t DisplayVideo(const ZynImage* image) = 0;
 
   /// Frees chain, converter and buffers; the controller stays, and may be initialised again. Without effect
@@ -50,7 +59,7 @@ class ZynDisplayProcessor : public ZynDisplayCommand {
   virtual void Uninitialize() = 0;
 
   /// The chain; null before `Initialize`. It belongs to the display and lives until the next `Initialize`,
-  /// `Uninitialize` or the display's end.
+  /// `Uninitialize` or the display's end. Waits for an image that is being processed.
   virtual ZynImgProcessingChain* GetProcessor() = 0;
 
   /// Prepares conversions into images like `format` (pixel code, width and height, those of the prepared
@@ -68,9 +77,12 @@ class ZynDisplayProcessor : public ZynDisplayCommand {
   /// Runs `input` through the chain up to "image.output" and writes the picture into `output`, a record with
   /// format, size and buffer, without showing it. Both stay the caller's; without the stage "image.unpacked"
   /// enabled a colour correction writes into the input's pixels. Line 0 of the result is at the top. Blocks
-  /// until the GUI thread has done the work; calls wait for each other. 7: images that do not fit what is
-  /// prepared; 8: no chain; 1: no way to the format, a stage failed, or the call came from a stage.
-  /// Default: 3.
+  /// until the GUI thread has done the work; calls wait for each other.
+  ///
+  /// Of the record `output` success writes `imageID` and `origin` (0), and a failure nothing. After a failure
+  /// the buffer is as it was, unless the display's widget went during the conversion: then it may hold the
+  /// picture. 7: images that do not fit what is prepared; 8: no chain, or it goes meanwhile; 1: no way to the
+  /// format, a stage failed, or the call came from a stage. Default: 3.
   virtual uint32_t ConvertImage(const ZynImage* input, ZynImage* output) {
     (void)input;
     (void)output;
@@ -80,9 +92,11 @@ class ZynDisplayProcessor : public ZynDisplayCommand {
 
 /// A display: give it a parent widget and an image format, then hand it images.
 ///
-/// Threads: create, initialise and delete on the thread that runs the Qt event loop (the GUI thread); all
-/// other operations may be called from any thread. Failures are composed codes, `0x80000000 | 0xFF << 16 |
-/// code`; while the display is being deleted they are 8.
+/// Threads: made on the thread that runs the Qt event loop (the GUI thread); any thread may call any
+/// operation and delete it. Failures are composed codes, `0x80000000 | 0xFF << 16 | code`; while the display
+/// is being deleted they are 8.
+///
+/// Binary interface: within one major version the virtual functions keep their order and number.
 class ZynDisplay {
  public:
   virtual ~ZynDisplay() = default;
@@ -104,7 +118,8 @@ class ZynDisplay {
 
   /// Shows an image. The pixels are copied before the call returns; drawing happens later on the GUI thread,
   /// and only the newest image is drawn when the host is faster. Null takes the picture away. An image that
-  /// is refused is offered once more. Codes as for `ZynDisplayProcessor::DisplayVideo`.
+  /// is refused is offered once more, and the second answer counts: 0x80FF0000, a failure without a code,
+  /// says that it was taken then. Codes as for `ZynDisplayProcessor::DisplayVideo`.
   virtual uint32_t DisplayVideo(const ZynImage* image) = 0;
 
   /// Not provided: code 3. Use `DisplayVideo`.
@@ -112,8 +127,8 @@ class ZynDisplay {
 
   /// Runs `input` through the display's chain and writes the picture into the host's `output` (a record with
   /// format, size and buffer) without showing it. Blocks until the GUI thread has done the work. The output
-  /// may be of another format each time; number and time stamp are the input's. Codes as for
-  /// `ZynDisplayProcessor::ConvertImage`.
+  /// may be of another format each time; `imageID` and `timestamp` of its record become the input's, `origin`
+  /// 0. Codes, and what a failure leaves behind, as for `ZynDisplayProcessor::ConvertImage`.
   virtual uint32_t ConvertImage(const ZynImage* input, ZynImage* output) = 0;
 
   /// Reserved: 0.
@@ -299,6 +314,7 @@ ZYN_EXPORT uint32_t ZynDisplay_Initialize(ZynDisplay* display, void* parent, con
 ZYN_EXPORT uint32_t ZynDisplay_DisplayVideo(ZynDisplay* display, const ZynImage* image);
 
 /// `ZynDisplay::DisplayImage`, which is not provided: 3, or 0x80070007 for a display that is null or gone.
+/// Any thread.
 ZYN_EXPORT uint32_t ZynDisplay_DisplayImage(ZynDisplay* display, const ZynImage* image);
 
 /// `ZynDisplay::ConvertImage`, or 0x80070007 for a display that is null or gone. Any thread.

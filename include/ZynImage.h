@@ -28,17 +28,21 @@ struct ZynImage {
   uint32_t pixelGroup;    ///< `pixelType & 0xFF00`: depth and packing
   uint32_t channels;      ///< samples of one pixel: 1, 3 or 4
   uint32_t bitsPerPixel;  ///< storage bits of one pixel: `(pixelType >> 16) & 0xFF`
-  uint32_t origin;        ///< 1 when line 0 is the bottom line of the picture, else 0
-  uint32_t width;         ///< pixels of a line
-  uint32_t height;        ///< lines
-  uint32_t imageSize;     ///< bytes of the pixel buffer
-  uint32_t linePitch;     ///< bytes from one line to the next
-  uint32_t padding;       ///< keeps the 64-bit fields aligned
-  uint64_t timestamp;     ///< capture time as the camera gave it
-  uint64_t imageID;       ///< running number of the image
-  void* attachments;      ///< blocks that the library attached; null in a host's record
-  uint8_t* imageData;     ///< first byte of line 0
-  uint8_t* ownedData;     ///< the block that this record owns, or null
+  /// 1 when line 0 is the bottom line of the picture, else 0. Conversions turn the lines of such an image;
+  /// the window shows line 0 at the top whatever stands here.
+  uint32_t origin;
+  uint32_t width;      ///< pixels of a line
+  uint32_t height;     ///< lines
+  uint32_t imageSize;  ///< bytes of the pixel buffer
+  uint32_t linePitch;  ///< bytes from one line to the next
+  uint32_t padding;    ///< keeps the 64-bit fields aligned
+  /// Capture time in the camera's own unit: not interpreted, and not kept with a shown image. A conversion by
+  /// `ZynDisplay` copies it to its output.
+  uint64_t timestamp;
+  uint64_t imageID;    ///< running number of the image
+  void* attachments;   ///< blocks that the library attached; null in a host's record
+  uint8_t* imageData;  ///< first byte of line 0
+  uint8_t* ownedData;  ///< the block that this record owns, or null
 };
 
 static_assert(sizeof(void*) != 8 || sizeof(ZynImage) == 96, "the image record is 96 bytes");

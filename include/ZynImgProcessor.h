@@ -16,7 +16,10 @@
 /// Threads: any thread may call any operation of a stage of the library; a stage does one thing at a time.
 /// The stages of `ZynDisplayQGL` do their work on the GUI thread alone and answer 1 elsewhere. In a chain a
 /// stage is called on the GUI thread, with the display's locks held: it must not wait for a thread that hands
-/// over images.
+/// over images, nor for one that is in `GetProcessor`, in the chain's list, in the typed parameters of the
+/// controller or in another operation that waits for an image that is being processed.
+///
+/// Binary interface: within one major version the virtual functions keep their order and number.
 class ZynImgProcessor {
  public:
   virtual ~ZynImgProcessor() = default;
@@ -67,6 +70,8 @@ class ZynImgProcessor {
 ///
 /// Threads: the list operations, `Out`, `GetImageInfo` and `GetComponent` belong to any thread, and wait for
 /// a run that is under way; `Init`, `ProcessImage` and `Release` belong to the GUI thread.
+///
+/// Binary interface: within one major version the virtual functions keep their order and number.
 class ZynImgProcessingChain {
  public:
   virtual ~ZynImgProcessingChain() = default;
@@ -79,21 +84,23 @@ class ZynImgProcessingChain {
   /// the format has them, and those of the host. It stays the chain's.
   virtual ZynImgProcessor* FindProcessor(const char* name) = 0;
 
-  /// Adds a stage at the end: see `InsertProcessor`, but a name that exists is taken a second time.
+  /// Adds a stage at the end: `InsertProcessor` with a null `before`.
   virtual uint32_t AddProcessor(const char* name, ZynImgProcessor* stage) = 0;
 
   /// Puts a stage in front of the one called `before`; with null or an empty text, at the end. The stage has
   /// been prepared by its `Init`, for which the neighbour's `GetImageInfo(true)` is the source. A stage that
   /// was added belongs to the chain, which releases and deletes it; a refused one stays the caller's. The
-  /// list operations answer a bare code: 0, 2 no stage `before`, 4 the name exists or the stage is in the
-  /// list, 7 no name or no stage.
+  /// list operations answer a bare code: 0, 2 no stage `before`, 4 the stage is in the list or, where
+  /// `before` is named, its name is; 7 no name or no stage. At the end a name may stand a second time: it is
+  /// then the first one's that is found and removed.
   virtual uint32_t InsertProcessor(const char* before, const char* name, ZynImgProcessor* stage) = 0;
 
   /// Takes a stage out, releases and deletes it; one that takes itself out while it runs is deleted after the
   /// run, which fails. A bare code: 0, or 2 where there is none of that name.
   virtual uint32_t RemoveProcessor(const char* name) = 0;
 
-  /// The chain's parameters, such as "time", the mean of a run; owned by the chain.
+  /// The chain's parameters, such as "time", the mean of the last runs as a text like "1.25 ms"; owned by the
+  /// chain.
   virtual ZynComponent* GetComponent() = 0;
 
   /// Makes the list anew for images like `source`, of which the pixels are not read: all stages that were in
@@ -130,7 +137,10 @@ class Unpack : public ZynImgProcessor {};
 
 /// Copies an image and converts depth, channels and channel order on the way. Parameters, read by `Init`:
 /// "depth" (8 reduces a deeper source where no output header is given) and "external" (1: each `ProcessImage`
-/// brings its own output). A stage that is not enabled hands its source on where there is nothing to convert.
+/// brings its own output) on the processor, "image.flip.vert" (1 turns the lines, on the processor their mark
+/// alone), and on the card "image.color.coef" (a factor), "image.color.mono" (1 spreads the first channel);
+/// and, read at each image, "readGPU" (1 brings it into memory). A stage that is not enabled hands its source
+/// on where there is nothing to convert; on the card it works all the same.
 class Image : public ZynImgProcessor {};
 
 /// Turns a Bayer image into three channels. Parameter "BayerAlgType", read by `Init`: the interpolation
@@ -188,7 +198,8 @@ class ImageOverlay : public ZynImgProcessor {
   /// Takes an object away. False when there is none of that identifier.
   virtual bool DeleteObject(const std::string& id) = 0;
 
-  /// Adds a rectangle, in pixels. Answers the identifier, empty when it was refused.
+  /// Adds a rectangle, in pixels of the picture that passes. Answers the identifier, empty when it was
+  /// refused.
   virtual std::string AddRect(int x, int y, int width, int height, QTD::PROPERTIES* properties) = 0;
 };
 

@@ -16,8 +16,8 @@
 /// @name Monochrome
 /// @{
 
-/// One sample for each pixel. Shown and converted, but not the ones called BRIOPACKED, which pass a display
-/// unread.
+/// One sample for each pixel. Shown and converted, but not the ones called BRIOPACKED: on the processor they
+/// pass a display unread, and with OpenGL each of their images fails with code 1.
 constexpr uint32_t ZYN_PIXEL_MONO8 = 0x01080101;
 constexpr uint32_t ZYN_PIXEL_MONO10 = 0x01100202;
 constexpr uint32_t ZYN_PIXEL_MONO10P = 0x010A2203;
@@ -148,8 +148,9 @@ constexpr uint32_t ZYN_PIXEL_TRUESENSE_RGGB_WRRW_3_14 = 0x04100470;
 /// @name RGB and BGR
 /// @{
 
-/// Three samples for each pixel in the order of the name, or four with alpha. Shown and converted, but those
-/// with alpha and the ones called BRIO pass a display unread.
+/// Three samples for each pixel in the order of the name, or four with alpha. Shown and converted, but not
+/// those with alpha, which pass a display unread on the processor, and are shown with OpenGL; nor the ones
+/// called BRIO, which pass unread on the processor, and of which each image fails with code 1 with OpenGL.
 constexpr uint32_t ZYN_PIXEL_RGB8 = 0x02180171;
 constexpr uint32_t ZYN_PIXEL_BGR8 = 0x02180172;
 constexpr uint32_t ZYN_PIXEL_RGBA8 = 0x02200173;
@@ -171,7 +172,8 @@ constexpr uint32_t ZYN_PIXEL_RGB_12_BRIO_PACKED = 0x0224337F;
 /// @{
 
 /// Brightness for each pixel, colour for two, in the order U Y V Y for UYVY, else Y U Y V; YUV444_8 has all
-/// for each pixel. UYVY is shown and converted; the others pass a display unread.
+/// for each pixel. UYVY is shown and converted; the others pass a display unread on the processor, and with
+/// OpenGL each of their images fails with code 1.
 constexpr uint32_t ZYN_PIXEL_YUV422_8_UYVY = 0x05100180;
 constexpr uint32_t ZYN_PIXEL_YUV422_8 = 0x05100181;
 constexpr uint32_t ZYN_PIXEL_YUV422_10 = 0x05200282;

@@ -8,15 +8,23 @@
 /// An event of type 1280, delivered on the GUI thread to the widget or window whose id stands in the
 /// display's parameter "window.command".
 ///
-/// The first word holds the low 16 bits of the display's "system.signature" above the event code: 0x4002 left
-/// button pressed, 0x4003 left button released, 0x4004 another button clicked, 0x4008 mouse moved. The second
-/// word holds y in bits 31 to 16 and x in bits 15 to 0, both in window pixels, as signed 16-bit numbers.
+/// The first word holds the low 16 bits of the display's "system.signature" above the event code, one of
+/// `EventCode`. The second word holds y in bits 31 to 16 and x in bits 15 to 0, both in window pixels, as
+/// signed 16-bit numbers.
 ///
 /// Presses and releases of the left button are sent: the library waits for the receiver, and reads `result`.
 /// The others are posted. The library owns the message; it is gone when the receiver's `event` is back.
 class ZynWindowMessage : public QEvent {
  public:
   static constexpr int kMessage = 1280;  ///< the type of the event
+
+  /// The low 16 bits of the first word.
+  enum EventCode : uint32_t {
+    kLeftPressed = 0x4002,   ///< the left button; sent
+    kLeftReleased = 0x4003,  ///< the left button; sent
+    kRightClicked = 0x4004,  ///< the right button, released without a rectangle; posted
+    kMoved = 0x4008,         ///< the mouse has moved; posted
+  };
 
   /// Made by the library, on the GUI thread; a host may make one to send it on.
   ZynWindowMessage(uint64_t first, int64_t second)

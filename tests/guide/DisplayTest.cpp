@@ -19,7 +19,7 @@ class CommandTarget : public QWidget {  // its winId() stands in "window.command
     what = message->firstWord & 0xFFFF;  // above it: the low 16 bits of "system.signature"
     x = static_cast<int16_t>(message->secondWord & 0xFFFF);
     y = static_cast<int16_t>(message->secondWord >> 16 & 0xFFFF);
-    message->result = what == 0x4002;  // this press is ours: no pan begins
+    message->result = what == ZynWindowMessage::kLeftPressed;  // this press is ours: no pan begins
     return true;
   }
 };

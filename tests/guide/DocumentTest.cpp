@@ -26,10 +26,11 @@ QStringList Sources() {
 
 // The lines without the blanks that all of them begin with.
 QString Dedented(const QStringList& lines) {
-  int common = 1000;
+  using Length = decltype(lines.front().size());  // int with Qt 5
+  Length common = 1000;
   for (const QString& line : lines) {
     if (line.trimmed().isEmpty()) continue;
-    int blanks = 0;
+    Length blanks = 0;
     while (line[blanks] == QLatin1Char(' ')) ++blanks;
     common = std::min(common, blanks);
   }
@@ -102,7 +103,8 @@ std::vector<TableRow> Rows(const QString& kind) {
     QStringList cells = line.split(QLatin1Char('|'));
     cells.removeFirst();
     for (QString& cell : cells) cell = cell.trimmed();
-    if (const int found = cells.indexOf(QStringLiteral("default")); found >= 0) column = found;
+    if (const auto found = cells.indexOf(QStringLiteral("default")); found >= 0)
+      column = static_cast<int>(found);
     TableRow row{{}, {}, cells, column};
     for (int index = 0; index < cells.size(); ++index) {
       for (auto found = code.globalMatch(cells[index]); found.hasNext();)
@@ -200,6 +202,24 @@ TEST_F(GuideTest, the_guide_tells_the_parameters_of_the_stages_with_their_defaul
     ExpectDefaults((std::string("parameters of ") + name).c_str(),
                    display->GetProcessor()->FindProcessor(name)->GetComponent());
   }
+}
+
+// A parameter that a stage reads under a name of its own, and not through a table, stands in the guide.
+TEST(Document, names_every_parameter_that_a_stage_reads) {
+  const QString page = GuidePage();
+  static const QRegularExpression read(QStringLiteral("parameters\\.Get\\w*\\(\"([^\"]+)\""));
+  QStringList names;
+  for (const char* room : {"cpu/stages", "gl/stages", "QTD/stages"}) {
+    const QDir folder(QStringLiteral(ZYN_SOURCE_FOLDER "/") + QLatin1String(room));
+    for (const QString& name : folder.entryList({QStringLiteral("*.cpp"), QStringLiteral("*.h")})) {
+      const QString text = TextOf(QLatin1String(room) + QLatin1Char('/') + name);
+      for (auto found = read.globalMatch(text); found.hasNext();) names << found.next().captured(1);
+    }
+  }
+  names.removeAll(QStringLiteral("color.depth"));  // a stage's own note
+  EXPECT_GE(names.size(), 10);
+  for (const QString& name : names)
+    EXPECT_TRUE(page.contains(QStringLiteral("`%1`").arg(name))) << qPrintable(name);
 }
 
 }  // namespace

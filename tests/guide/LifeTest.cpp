@@ -85,6 +85,71 @@ TEST_F(Life, images_are_refused_for_what_is_wrong_with_them) {
   EXPECT_EQ(ZynDisplay_Initialize(nullptr, &widget, nullptr, &image.record), 0x80070007u);
 }
 
+// What "notification.image" says of each image that reached the chain.
+class Results : public ZynDisplayCommand {
+ public:
+  std::vector<std::string> all;
+
+  uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) override {
+    if (std::string(name) == "notification.image") all.push_back((*args)["result"]);
+    return 0;
+  }
+};
+
+TEST_F(GuideTest, a_frame_counts_as_the_prepared_format) {
+  Picture grey(ZYN_PIXEL_MONO8, 64, 48), deep(ZYN_PIXEL_MONO12, 64, 48);
+  std::fill(grey.bytes.begin(), grey.bytes.end(), static_cast<uint8_t>(200));
+  EXPECT_EQ(display->DisplayVideo(&grey.record), 0u);  // dropped: nothing is prepared
+  ASSERT_EQ(display->Initialize(&grey.record), 0u);
+  Results results;
+  Command(display, "cmd.system.notification.add",
+          {{"proc", PointerText(static_cast<ZynDisplayCommand*>(&results))}});
+  settings->SetParameterInt("image.notification.flags.set", 1);
+
+  ZynImage mosaic = grey.record;
+  mosaic.pixelType = ZYN_PIXEL_BAYERGB8;
+  mosaic.origin = 1;
+  EXPECT_EQ(display->DisplayVideo(&mosaic), 0u);
+  ASSERT_TRUE(WaitFor([&] { return results.all.size() == 1; }));
+  EXPECT_EQ(results.all[0], "0");
+  EXPECT_EQ(display->GetProcessor()->Out()->imageData[0], 200);
+
+  EXPECT_EQ(display->DisplayVideo(&deep.record), 0u);  // dropped: more bytes
+  EXPECT_FALSE(WaitFor([&] { return results.all.size() > 1; }, 200));
+
+  ZynImage narrow = grey.record;
+  narrow.linePitch = 32;
+  EXPECT_EQ(display->DisplayVideo(&narrow), 0u);
+  ASSERT_TRUE(WaitFor([&] { return results.all.size() == 2; }));
+  EXPECT_EQ(results.all[1], "7");
+
+  // The failure stands until something succeeds.
+  EXPECT_EQ(Command(display, "cmd.display.overlay.text.add", {{"text.text", "text"}}), 0u);
+  EXPECT_EQ(display->DisplayVideo(nullptr), 0u);
+  EXPECT_EQ(Command(display, "cmd.display.overlay.text.add", {{"text.text", "text"}}), 1u);
+  Command(display, "cmd.system.notification.del",
+          {{"proc", PointerText(static_cast<ZynDisplayCommand*>(&results))}});
+}
+
+// A refused image stops the one that waits: it is dropped without a notification.
+TEST_F(GuideTest, a_failure_drops_the_frame_that_waits) {
+  Picture grey(ZYN_PIXEL_MONO8, 64, 48);
+  ASSERT_EQ(display->Initialize(&grey.record), 0u);
+  Results results;
+  Command(display, "cmd.system.notification.add",
+          {{"proc", PointerText(static_cast<ZynDisplayCommand*>(&results))}});
+  settings->SetParameterInt("image.notification.flags.set", 1);
+  ZynImage empty = grey.record;
+  empty.imageData = nullptr;
+  EXPECT_EQ(display->DisplayVideo(&grey.record), 0u);
+  EXPECT_EQ(display->DisplayVideo(&empty), 0x80FF0007u);
+  EXPECT_FALSE(WaitFor([&] { return !results.all.empty(); }, 200));
+  EXPECT_EQ(display->DisplayVideo(&grey.record), 0u);
+  EXPECT_TRUE(WaitFor([&] { return results.all.size() == 1; }));
+  Command(display, "cmd.system.notification.del",
+          {{"proc", PointerText(static_cast<ZynDisplayCommand*>(&results))}});
+}
+
 TEST_F(Life, an_image_is_converted_without_being_shown) {
   Picture source(ZYN_PIXEL_MONO12, 64, 48);
   source.FillWords(3200);
@@ -110,13 +175,19 @@ TEST_F(Life, a_conversion_goes_to_as_many_channels_or_more_and_to_no_greater_dep
   Picture colour(ZYN_PIXEL_RGB12, 64, 48), deep(ZYN_PIXEL_BGR12, 64, 48), bytes(ZYN_PIXEL_BGR8, 64, 48);
   Picture grey(ZYN_PIXEL_MONO8, 64, 48), small(ZYN_PIXEL_RGB8, 32, 24);
   Start(colour.record);
+  bytes.record.origin = 1;
   colour.record.imageID = 5;
   colour.record.timestamp = 77;
   EXPECT_EQ(ZynDisplay_ConvertImage(display, &colour.record, &deep.record), 0u);
   EXPECT_EQ(ZynDisplay_ConvertImage(display, &colour.record, &bytes.record), 0u);
   EXPECT_EQ(bytes.record.imageID, 5u);
   EXPECT_EQ(bytes.record.timestamp, 77u);
+  EXPECT_EQ(bytes.record.origin, 0u);
+  grey.record.imageID = 4;
+  grey.bytes.assign(grey.bytes.size(), 7);
   EXPECT_EQ(ZynDisplay_ConvertImage(display, &colour.record, &grey.record), 0x80FF0001u);
+  EXPECT_EQ(grey.record.imageID, 4u);  // after a failure all is as it was
+  EXPECT_EQ(static_cast<size_t>(std::count(grey.bytes.begin(), grey.bytes.end(), 7)), grey.bytes.size());
   EXPECT_EQ(ZynDisplay_ConvertImage(display, &bytes.record, &deep.record),
             0x80FF0007u);  // not the prepared one
   EXPECT_NE(ZynDisplay_ConvertImage(display, &colour.record, &small.record), 0u);

@@ -162,4 +162,18 @@ TEST_F(Stages, the_chain_tells_what_it_is_made_of) {
   EXPECT_NE(std::string(time).find(" ms"), std::string::npos);
 }
 
+TEST_F(Stages, the_list_answers_bare_codes) {
+  Picture raw(ZYN_PIXEL_BAYERRG12, 64, 48);
+  Start(raw);
+  ZynImgProcessingChain* const chain = display->GetProcessor();
+  ZynImgProcessor* const stage = ZynDisplayCPU::Image::CreateComponent(nullptr);
+  EXPECT_EQ(chain->InsertProcessor("none", "mine", stage), uint32_t{ZYN_ERR_NO_STAGE});
+  EXPECT_EQ(chain->InsertProcessor("image.output", "bayer", stage), uint32_t{ZYN_ERR_STAGE_EXISTS});
+  EXPECT_EQ(chain->InsertProcessor("image.output", "", stage), uint32_t{ZYN_ERR_BAD_ARGUMENT});
+  EXPECT_EQ(chain->InsertProcessor(nullptr, "bayer", stage), 0u);  // at the end a name may stand twice
+  EXPECT_NE(chain->FindProcessor("bayer"), stage);
+  EXPECT_EQ(chain->InsertProcessor("image.output", "other", stage), uint32_t{ZYN_ERR_STAGE_EXISTS});
+  EXPECT_EQ(chain->RemoveProcessor("none"), uint32_t{ZYN_ERR_NO_STAGE});
+}
+
 }  // namespace guide
