@@ -4,7 +4,6 @@
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/chain/StageRow.h"
 #include "QTD/image/PixelFormats.h"
-#include "ZynPixelFormat.h"
 #include "cpu/stages/CPUIPBayer.h"
 #include "cpu/stages/CPUIPColorCorrection.h"
 #include "cpu/stages/CPUIPImage.h"
@@ -24,14 +23,10 @@ void Disable(ZynImgProcessor& stage) {
   stage.Enable(false);
 }
 
-bool IsUyvy(uint32_t pixelType) {
-  return pixelType == ZYN_PIXEL_YUV422_8_UYVY;
-}
-
 // clang-format off
 const StageRow kRows[] = {
     // name, condition, class, parent, output, before `Init`, once in the chain
-    {"yuv2rgb",               IsUyvy,              MakeStage<CPUIPYUV2RGB>,         kChainIsParent, kGetsOutput},
+    {"yuv2rgb",               QTD::IsUyvyFormat,   MakeStage<CPUIPYUV2RGB>,         kChainIsParent, kGetsOutput},
     {"unpack",                QTD::IsPackedFormat, MakeStage<CPUIPUnpack>,          kChainIsParent, kGetsOutput},
     {"image.unpacked",        AnyFormat,           MakeStage<CPUIPImage>,           kNoParent,      kNoOutput, DownscaleAtTheHead, Disable},
     {"bayer",                 QTD::IsBayerFormat,  MakeStage<CPUIPBayer>,           kNoParent,      kGetsOutput},

@@ -2,13 +2,16 @@
 
 #include <cstring>
 #include <mutex>
+#include <optional>
 
 #include "QTD/chain/PlainHeader.h"
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/chain/StageRun.h"
 #include "QTD/chain/TurnLines.h"
 #include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/Text.h"
+#include "QTD/image/StageAnswers.h"
 #include "QTD/screen/DisplaySurface.h"
 #include "QTD/screen/SurfacePass.h"
 #include "cpu/stages/CPUIPImage.h"
@@ -16,7 +19,6 @@
 
 namespace {
 
-constexpr uint32_t kCodeMask = 0xFFFF;
 constexpr const char* kLastStage = "image.output";
 constexpr const char* kMosaicStage = "bayer";
 constexpr const char* kTextStage = "image.overlay";  // what follows it is for the window only
@@ -36,7 +38,7 @@ bool ReadGpu(ZynImgProcessor& stage) {
   if (!component) return false;
   int64_t byItself = 0;
   component->GetParameterInt("readGPU", &byItself);
-  return byItself != 0 || (component->ExecuteCommand("readGPU") & kCodeMask) == 0;
+  return byItself != 0 || QTD::BareCode(component->ExecuteCommand("readGPU")) == 0;
 }
 
 // Whether a stage on the card has turned the picture upside down: by what its target was prepared with,
@@ -46,6 +48,16 @@ bool HasTurned(const std::string& name, ZynImgProcessor& stage, bool cameOnCard)
   const bool turns = name == kMosaicStage || (name == kTextStage && cameOnCard);
   QGLImage* const target = turns ? AttachedImage(stage.Out()) : nullptr;
   return target && target->properties().GetInt("image.flip.vert") == 1;
+}
+
+// What the first stage says that takes anything in.
+std::optional<ZynImage> FirstInfo(const StageList& stages) {
+  for (int index = 0; index < stages.Count(); ++index) {
+    ZynImgProcessor* const stage = stages.At(index);
+    const std::optional<ZynImage> info = stage ? QTD::CopiedInfoOf(*stage, true) : std::nullopt;
+    if (info) return info;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -136,23 +148,24 @@ uint32_t QTDConverter::Init(const ZynImage* source, const ZynImage* output) {
 uint32_t QTDConverter::Prepare(const ZynImage& source, const ZynImage* output) {
   QTDProcessor* const chain = Chain();
   if (!chain) return ZYN_ERR_NOT_READY;
-  const QTD::RMutexLock walk(chain->ChainLock());
-  ZynImgProcessor* const stage = chain->FindProcessor(kLastStage);
-  if (!stage || !SameSize(&source, stage->GetImageInfo(true))) return ZYN_ERR_NOT_READY;
+  const QTDProcessor::Walk walk(*chain);  // a host's stage may take itself out when it is asked
+  ZynImgProcessor* const stage = chain->Stages().Find(kLastStage);
+  const std::optional<ZynImage> given = stage ? QTD::CopiedInfoOf(*stage, true) : std::nullopt;
+  if (!given || !SameSize(&source, &*given)) return ZYN_ERR_NOT_READY;
   // The chain's own record tells the code of the pictures that come in, whatever a first stage of the host's
   // says; the first stage's tells where their line 0 is.
   const ZynImage* const taken = chain->SourceRecord();
-  const ZynImage* const first = chain->GetImageInfo(true);
-  const ZynImage* const last = stage->GetImageInfo(false);
+  const std::optional<ZynImage> first = FirstInfo(chain->Stages());
+  const std::optional<ZynImage> last = QTD::CopiedInfoOf(*stage, false);
   if (!first || !last) return ZYN_ERR_NOT_READY;
 
   writer = std::make_unique<CPUIPImage>(nullptr);
   writer->SetParameterBool("external", 1);
-  if (writer->Init(last, output) != 0) return ZYN_ERR_FAILED;
+  if (writer->Init(&*last, output) != 0) return ZYN_ERR_FAILED;
   sourceInfo = PlainHeader(*last);
   outputInfo = output ? PlainHeader(*output) : nullptr;
   if (!sourceInfo || !outputInfo) return QTD::kStageNoMemory;
-  sourceType = (taken ? taken : first)->pixelType;
+  sourceType = (taken ? *taken : *first).pixelType;
   marksTurned = IsBottomUp(*first) != IsBottomUp(*last);
   state = kReady;
   ready = true;
@@ -201,9 +214,9 @@ uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data)
   // Stages that run on the processor leave the lines of a bottom-up image in their order; on the card a stage
   // turns them on the way.
   bool bottomUp = IsBottomUp(*source) != (!opengl && marksTurned);
-  const ZynImage* const picture = RunStages(*chain, source, data, opengl, bottomUp);
-  if (!picture) return FailRun();
-  if (Write(picture, bottomUp, output, data)) {
+  StageRun run(chain->Stages(), source);
+  if (!RunStages(run, data, opengl, bottomUp)) return FailRun();
+  if (Write(run.Picture(), bottomUp, output, data)) {
     out = output;
     state = kSucceeded;
   } else {
@@ -212,42 +225,36 @@ uint32_t QTDConverter::Run(const ZynImage* source, ZynImage* output, void* data)
   return 0;
 }
 
-// The walk up to the last stage that a conversion needs; null when a stage fails. `bottomUp` changes with
+// The walk up to the last stage that a conversion needs; false when a stage fails. `bottomUp` changes with
 // each turn on the card.
-const ZynImage* QTDConverter::RunStages(const QTDProcessor& chain, const ZynImage* source, void* data,
-                                        bool opengl, bool& bottomUp) {
-  const StageList& stages = chain.Stages();
-  const uint32_t removals = stages.Removals();
-  const ZynImage* current = source;
-  for (int index = 0; index < stages.Count(); ++index) {
-    ZynImgProcessor* const stage = stages.At(index);
-    if (!stage) continue;
-    const std::string stageName = stages.NameAt(index);
+bool QTDConverter::RunStages(StageRun& run, void* data, bool opengl, bool& bottomUp) {
+  const ZynImage* const source = run.Picture();
+  bool any = false;
+  while (run.Next()) {
+    any = true;
+    const std::string stageName = run.Name();
+    const ZynImage* given = run.Picture();
     // The image that a stage made itself does not say where its line 0 is; text must know, as the lines of a
     // bottom-up image are turned at the end.
-    if (!opengl && stageName == kTextStage && current != source && IsBottomUp(*current) != bottomUp) {
-      marked = *current;
+    if (!opengl && stageName == kTextStage && given != source && IsBottomUp(*given) != bottomUp) {
+      marked = *given;
       marked.origin = bottomUp ? 1 : 0;
-      current = &marked;
+      given = &marked;
     }
-    const bool onCard = opengl && AttachedTexture(current) != 0;
-    if (stage->ProcessImage(current, nullptr, data) & kCodeMask) return nullptr;
-    if (stages.Removals() != removals) return nullptr;  // the list has changed on the way
-    // A stage that put others in front of itself has moved, and is not run again.
-    if (stages.At(index) != stage) index = stages.PositionOf(stage);
-    if (opengl && HasTurned(stageName, *stage, onCard)) bottomUp = !bottomUp;
-    if (const ZynImage* const result = stage->Out()) current = result;
-    if (stageName == kLastStage) return opengl && !ReadGpu(*stage) ? nullptr : current;
+    const bool onCard = opengl && AttachedTexture(given) != 0;
+    if (!run.Process(given, nullptr, data)) return false;
+    if (opengl && HasTurned(stageName, run.Stage(), onCard)) bottomUp = !bottomUp;
+    if (stageName == kLastStage) return !opengl || (ReadGpu(run.Stage()) && run.IsIntact());
   }
   // Without the last stage the picture stays on the card.
-  return stages.Count() > 0 && !opengl ? current : nullptr;
+  return any && !opengl;
 }
 
 bool QTDConverter::Write(const ZynImage* picture, bool bottomUp, ZynImage* output, void* data) {
   // Without a way between the two formats the writer is prepared for a plain copy, which fits no output of
   // another format, however its size agrees.
   if (!writer || writer->GetImageInfo(false)->pixelType != output->pixelType) return false;
-  if (writer->ProcessImage(picture, output, data) & kCodeMask) return false;
+  if (QTD::BareCode(writer->ProcessImage(picture, output, data)) != 0) return false;
   if (bottomUp && !TurnLines(*output)) return false;
   output->origin = 0;
   return true;

@@ -11,6 +11,7 @@
 
 class CPUIPImage;
 class QTDProcessor;
+class StageRun;
 
 // One conversion: `OpenGate` by whoever wants it, `ProcessImage` on the GUI thread, polling of the state
 // until it is 8 or above, `CloseGate`. A converted picture has line 0 at the top.
@@ -62,8 +63,7 @@ class QTDConverter : public ZynImgProcessor,
  private:
   uint32_t Prepare(const ZynImage& source, const ZynImage* output);
   uint32_t Run(const ZynImage* source, ZynImage* output, void* data);
-  const ZynImage* RunStages(const QTDProcessor& chain, const ZynImage* source, void* data, bool opengl,
-                            bool& bottomUp);
+  bool RunStages(StageRun& run, void* data, bool opengl, bool& bottomUp);
   bool Write(const ZynImage* picture, bool bottomUp, ZynImage* output, void* data);
   bool ArgumentsFit(const ZynImage* source, const ZynImage* output) const;
   ZynDisplayProcessor* Parent();

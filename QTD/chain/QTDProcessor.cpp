@@ -3,30 +3,16 @@
 #include <utility>
 
 #include "QTD/chain/PlainHeader.h"
+#include "QTD/chain/StageRun.h"
 #include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/RateMeter.h"
 #include "QTD/frame/Text.h"
+#include "QTD/image/StageAnswers.h"
 #include "QTD/platform/Platform.h"
 #include "QTD/screen/DisplaySurface.h"
+#include "QTD/screen/QTDSurface.h"
 #include "QTD/screen/SurfacePass.h"
-
-namespace {
-
-constexpr uint32_t kCodeMask = 0xFFFF;
-
-// A host may prepare or release the stage on another thread: its lock is held until the record is.
-ZynImage* HeldOutOf(ZynImgProcessor& stage, QTD::RecordHold& hold) {
-  auto* const data = dynamic_cast<QTD::ImageProcessorData*>(&stage);
-  const QTD::RMutexLock guard(data ? &data->OperationLock().mutex : nullptr);
-  ZynImage* const image = stage.Out();
-  if (!image) return nullptr;
-  QTD::RecordHold taken(image);
-  hold.Swap(taken);
-  return image;
-}
-
-}  // namespace
 
 QTDProcessor::QTDProcessor(ZynDisplayProcessor* owner, bool opengl)
     : QTD::ImageProcessorData(owner ? owner->GetComponent() : nullptr), display(owner), usesSurface(opengl) {
@@ -102,6 +88,14 @@ void QTDProcessor::SetStagesLeaving(std::function<void()> handler) {
   stagesLeaving = std::move(handler);
 }
 
+void QTDProcessor::LeaveDisplay() {
+  const QTD::RMutexLock guard(lock);
+  stagesLeaving = nullptr;
+  const QTDSurface* const surface = DisplaySurface(display);
+  lastSurface = surface ? surface->Serial() : 0;
+  leftDisplay = true;
+}
+
 void QTDProcessor::LetGo() {
   QTD::RecordHold none;
   resultHold.Swap(none);
@@ -131,10 +125,13 @@ void QTDProcessor::FreeStages(const std::vector<ZynImgProcessor*>& leaving, QTDS
 QTDSurface* QTDProcessor::SurfaceAtHand() noexcept {
   try {
     const QTD::RMutexLock guard(lock);
-    const bool onCard = usesSurface && QTD::platform::OnGuiThread();
+    if (!usesSurface || !QTD::platform::OnGuiThread()) return nullptr;
     // A chain may outlive its display.
-    return onCard && QTD::LivePointers<ZynDisplayProcessor>::Instance().Find(display) ? GetSurface()
-                                                                                      : nullptr;
+    if (!QTD::LivePointers<ZynDisplayProcessor>::Instance().Find(display)) return nullptr;
+    QTDSurface* const surface = GetSurface();
+    // The display has made another one since the chain left it.
+    if (leftDisplay && surface && surface->Serial() != lastSurface) return nullptr;
+    return surface;
   } catch (...) {
     return nullptr;
   }
@@ -193,7 +190,7 @@ ZynImage* QTDProcessor::HeldOut(QTD::RecordHold& hold) {
   const Walk walk(*this);  // a host's stage may take itself out when it is asked
   for (int index = stages.Count() - 1; index >= 0 && stages.Removals() == resultRemovals; --index) {
     ZynImgProcessor* const stage = stages.At(index);
-    ZynImage* const image = stage ? HeldOutOf(*stage, hold) : nullptr;
+    ZynImage* const image = stage ? QTD::HeldOutOf(*stage, hold) : nullptr;
     if (image && stages.Removals() == resultRemovals) return image;
   }
   return nullptr;
@@ -213,6 +210,11 @@ ZynImage* QTDProcessor::GetImageInfo(bool source) {
 QTDSurface* QTDProcessor::GetSurface() {
   const QTD::RMutexLock guard(lock);
   return DisplaySurface(display);
+}
+
+bool QTDProcessor::UsesSurface() {
+  const QTD::RMutexLock guard(lock);
+  return usesSurface;
 }
 
 // Building.
@@ -285,30 +287,18 @@ uint32_t QTDProcessor::Run(const ZynImage* source, ZynImage* output, void* data)
   return 0;
 }
 
-// Calls the stages in order, each with what the one before it produced.
 QTDProcessor::RunResult QTDProcessor::RunStages(QTDSurface* surface, const ZynImage* source, ZynImage* output,
                                                 void* data) {
   const SurfacePass pass(surface);
-  const uint32_t removals = stages.Removals();
-  const ZynImage* current = source;
-  QTD::RecordHold hold;  // of `current`, while the next stage reads it
-  for (int index = 0; index < stages.Count(); ++index) {
-    ZynImgProcessor* const stage = stages.At(index);
-    if (!stage) continue;
+  StageRun run(stages, source);
+  while (run.Next()) {
     if (stopFlag) return RunResult::kStopped;
-    ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc: %s ", stages.NameAt(index));
-    if (stage->ProcessImage(current, output, data) & kCodeMask) return RunResult::kFailed;
-    // A stage that took stages out of its own chain: this is no longer the list that the image has come
-    // through.
-    if (stages.Removals() != removals) return RunResult::kFailed;
-    // A stage that put others in front of itself has moved, and is not run again.
-    if (stages.At(index) != stage) index = stages.PositionOf(stage);
-    if (const ZynImage* const result = HeldOutOf(*stage, hold)) current = result;
-    if (stages.Removals() != removals) return RunResult::kFailed;
+    ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc: %s ", run.Name());
+    if (!run.Process(run.Picture(), output, data)) return RunResult::kFailed;
     ZYN_TRACE(log, "QTDProcessor::ProcessImage(): proc->Out: imageID is %llu",
-              static_cast<unsigned long long>(current->imageID));
+              static_cast<unsigned long long>(run.Picture()->imageID));
   }
-  resultHold.Swap(hold);  // the last stage may pass on the record of another one
-  resultRemovals = removals;
+  run.PassHold(resultHold);  // the last stage may pass on the record of another one
+  resultRemovals = run.Removals();
   return RunResult::kComplete;
 }

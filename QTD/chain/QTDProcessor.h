@@ -5,11 +5,13 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "QTD/chain/RunTimer.h"
 #include "QTD/chain/StageList.h"
 #include "QTD/frame/ComponentImpl.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/image/HeldRecords.h"
 #include "QTD/image/ImageProcessorData.h"
 #include "QTD/image/StageKeeper.h"
@@ -55,6 +57,8 @@ class QTDProcessor : public ZynImgProcessingChain,
   virtual uint32_t initQGL(const ZynImage* source, const ZynImage* output);
   virtual uint32_t initCPU(const ZynImage* source, const ZynImage* output);
   virtual QTDSurface* GetSurface();
+  // Whether the list is for OpenGL, or will be; the display may be asked for the other variant meanwhile.
+  bool UsesSurface();
 
   // The component's lock, held by whoever walks the list (the converter does). It stands behind the display's
   // locks and before those of stages and parameter lists.
@@ -62,17 +66,24 @@ class QTDProcessor : public ZynImgProcessingChain,
   const StageList& Stages() const { return stages; }        // hold the lock
   ZynDisplayProcessor* Display() const { return display; }  // may be null
 
-  // One walk over the list. Stages that leave meanwhile, because a stage that is called takes itself or
-  // others out, are freed after its end.
+  // One walk over the list, in which host code runs with the chain's lock held. Stages that leave meanwhile,
+  // because a stage that is called takes itself or others out, are freed after its end.
   class Walk {
    public:
-    explicit Walk(QTDProcessor& walkedChain) : chain(walkedChain) { chain.BeginUse(); }
-    ~Walk() { chain.EndUse(); }
+    explicit Walk(QTDProcessor& walkedChain) : chain(walkedChain) {
+      chain.BeginUse();
+      scope.emplace();
+    }
+    ~Walk() {
+      scope.reset();
+      chain.EndUse();
+    }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 
    private:
     QTDProcessor& chain;
+    std::optional<QTD::HostCodeUnderLocks> scope;
   };
   void BeginUse() override;
   void EndUse() override;
@@ -90,6 +101,11 @@ class QTDProcessor : public ZynImgProcessingChain,
   // Called, with the chain's lock held, before stages leave: whoever shows or keeps a stage's picture lets go
   // of it. The stages are freed without the lock, since a host's stage may wait for other locks there.
   void SetStagesLeaving(std::function<void()> handler);
+
+  // The display gives the chain away, to end at once or later: nobody hears of leaving stages any more, and
+  // stages that lie on the card are freed on the surface that the display has now, never on another one. Any
+  // thread that keeps the display.
+  void LeaveDisplay();
 
   // Releases and deletes a stage.
   static void FreeStage(ZynImgProcessor* stage) noexcept;
@@ -117,5 +133,7 @@ class QTDProcessor : public ZynImgProcessingChain,
   std::atomic<uint32_t> chainError{0};  // the chain's own; `lastError` of the base stays 0
   RunTimer timer;
   ZynDisplayProcessor* display;
+  bool leftDisplay = false;  // guarded by the chain's lock, as the next
+  uint64_t lastSurface = 0;  // `Serial` of the display's when the chain left it, 0: none
   bool usesSurface;  // the list is for OpenGL: a run goes between `begin` and `end` of the display's surface
 };

@@ -3,12 +3,12 @@
 
 #include "QTD/chain/QTDProcessor.h"
 #include "QTD/chain/StageRow.h"
+#include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/PixelFormats.h"
 #include "QTD/screen/DisplaySurface.h"
 #include "QTD/screen/QTDSurface.h"
 #include "QTD/screen/SurfacePass.h"
-#include "ZynPixelFormat.h"
 #include "cpu/stages/CPUIPUnpack.h"
 #include "cpu/stages/CPUIPYUV2RGB.h"
 #include "gl/stages/QGLIPBayer.h"
@@ -16,12 +16,9 @@
 #include "gl/stages/QGLIPImage.h"
 #include "gl/stages/QGLIPImageOverlay.h"
 #include "gl/stages/QGLIPUnpack.h"
+#include "gl/surface/QGLSurface.h"
 
 namespace {
-
-bool IsUyvy(uint32_t pixelType) {
-  return pixelType == ZYN_PIXEL_YUV422_8_UYVY;
-}
 
 // Samples stay at their stored values up to the stage that shows them.
 void KeepSamples(QTDProcessor&, ZynImgProcessor& stage) {
@@ -47,7 +44,7 @@ void StayOnTheCard(QTDProcessor&, ZynImgProcessor& stage) {
 
 // Formats that the card does not unpack take the processor's stage.
 const StageRow kHead[] = {
-    {"yuv2rgb",               IsUyvy,              MakeStage<CPUIPYUV2RGB>, kChainIsParent, kGetsOutput},
+    {"yuv2rgb",               QTD::IsUyvyFormat,   MakeStage<CPUIPYUV2RGB>, kChainIsParent, kGetsOutput},
     {"unpack",                QTD::IsPackedFormat, MakeStage<CPUIPUnpack>,  kChainIsParent, kGetsOutput, nullptr, nullptr, MakeOnCard<QGLIPUnpack>},
 };
 const StageRow kFull[] = {
@@ -65,12 +62,20 @@ const StageRow kTail[] = {
 };
 // clang-format on
 
+// A display of the processor's variant has a surface, too.
+bool IsOnCard(QTDSurface* surface) {
+  bool onCard = false;
+  QTD::LivePointers<QTDSurface>::Instance().Visit(
+      surface, [&onCard](QTDSurface& found) { onCard = dynamic_cast<QGLSurface*>(&found) != nullptr; });
+  return onCard;
+}
+
 }  // namespace
 
 uint32_t QTDProcessor::initQGL(const ZynImage* source, const ZynImage* output) {
   const QTD::RMutexLock guard(ChainLock());
   QTDSurface* const surface = GetSurface();
-  if (!surface) return ZYN_ERR_FAILED;
+  if (!IsOnCard(surface)) return ZYN_ERR_FAILED;
   const SurfacePass pass(surface);
   if (!pass) return ZYN_ERR_FAILED;
   const auto append = [&](const auto& rows) {

@@ -4,6 +4,8 @@
 #include <QByteArray>
 #include <algorithm>
 #include <cstddef>
+#include <string>
+#include <vector>
 
 namespace QTD {
 
@@ -15,6 +17,14 @@ const Row* FindCommand(const Row (&table)[count], const char* name) {
   const Row* const row =
       std::find_if(table, end, [name](const Row& candidate) { return qstricmp(candidate.name, name) == 0; });
   return row == end ? nullptr : row;
+}
+
+// The names of a family's commands.
+template <typename Row, std::size_t count>
+std::vector<std::string> CommandNames(const Row (&table)[count]) {
+  std::vector<std::string> names;
+  for (const Row& row : table) names.emplace_back(row.name);
+  return names;
 }
 
 }  // namespace QTD

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/display/CommandTable.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/frame/ArgumentView.h"
@@ -28,27 +30,76 @@ bool HasPrefix(const std::string& name, const char* prefix) {
 
 }  // namespace
 
+// The names are compared exactly; the arguments must not be missing, but where the row says so.
+struct QTDDisplay::OwnCommands {
+  struct Row {
+    const char* name;
+    bool withoutArguments;
+    uint32_t (*run)(QTDDisplay& display, QTD::ARGUMENTS* args);
+  };
+  static const Row kTable[5];
+
+  static uint32_t SetParameter(QTDDisplay& display, QTD::ARGUMENTS* args) {
+    display.SetParameterByCommand(args);
+    return 0;
+  }
+
+  static uint32_t GetParameter(QTDDisplay& display, QTD::ARGUMENTS* args) {
+    display.GetParameterByCommand(args);
+    return 0;
+  }
+
+  static uint32_t Add(QTDDisplay& display, QTD::ARGUMENTS* args) {
+    return display.AddNotification(Receiver(args)) & kLowByte;
+  }
+
+  static uint32_t Delete(QTDDisplay& display, QTD::ARGUMENTS* args) {
+    return display.DelNotification(Receiver(args)) & kLowByte;
+  }
+
+  static uint32_t Rebuild(QTDDisplay& display, QTD::ARGUMENTS*) {
+    const bool exists = display.PreparedFormat().exists;  // without waiting for an image that is processed
+    display.Queue(display.rebuildQueued, &QTDDisplay::signalRebuildImage);
+    return exists ? 1 : 0;
+  }
+};
+
+const QTDDisplay::OwnCommands::Row QTDDisplay::OwnCommands::kTable[5] = {
+    {"cmd.parameter.set", false, SetParameter},  {"cmd.parameter.get", false, GetParameter},
+    {"cmd.system.notification.add", false, Add}, {"cmd.system.notification.del", false, Delete},
+    {"cmd.image.rebuild", true, Rebuild},
+};
+
+std::vector<std::string> QTDDisplay::CommandNames() {
+  std::vector<std::string> names = QTD::CommandNames(OwnCommands::kTable);
+  for (const auto& family : {ViewCommandNames(), OverlayCommandNames(), MenuCommandNames()})
+    names.insert(names.end(), family.begin(), family.end());
+  return names;
+}
+
+// Any thread. The locks that a command takes, in their order:
+//
+//   cmd.display.view...             `viewLock` throughout (ViewCommands.cpp); in it the screen's and the
+//                                   window's for single steps
+//   cmd.display.overlay...          `viewLock` for each operation (DisplayOperations.cpp), none between them
+//   cmd.parameter.set, .get         `handlerLock`
+//   cmd.system.notification.add     that of the list of receivers, for a moment
+//   cmd.system.notification.del     the same; none while it waits for a delivery that is under way
+//   cmd.image.rebuild               `preparedLock`, for a moment; the rebuild itself, in an event of its own,
+//                                   `handlerLock` and the swap lock of `incoming` (`slotRebuildImage`)
+//   cmd.system.menu.create          none while it waits for the GUI thread, which takes `viewLock`
+//   cmd.system.menu.exec, .delete   none
+//   @...                            none while it waits for the GUI thread; "@init.display" takes `viewLock`,
+//                                   `convertLock` and `handlerLock` there
 uint32_t QTDDisplay::RunCommand(const char* name, QTD::ARGUMENTS* args) {
   QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return 0;
   const std::string command = name ? name : "";
-  if (args && command == "cmd.parameter.set") {
-    SetParameterByCommand(args);
-    return 0;
-  }
-  if (args && command == "cmd.parameter.get") {
-    GetParameterByCommand(args);
-    return 0;
+  for (const OwnCommands::Row& row : OwnCommands::kTable) {
+    if (command == row.name && (args || row.withoutArguments)) return row.run(*this, args);
   }
   if (HasPrefix(command, "cmd.display.view")) return RunCommandDisplayView(command.c_str(), args);
   if (HasPrefix(command, "cmd.display.overlay")) return RunCommandDisplayOverlay(command.c_str(), args);
-  if (args && command == "cmd.system.notification.add") return AddNotification(Receiver(args)) & kLowByte;
-  if (args && command == "cmd.system.notification.del") return DelNotification(Receiver(args)) & kLowByte;
-  if (command == "cmd.image.rebuild") {
-    const bool exists = PreparedFormat().exists;  // without waiting for an image that is processed
-    Queue(rebuildQueued, &QTDDisplay::signalRebuildImage);
-    return exists ? 1 : 0;
-  }
   if (HasPrefix(command, "cmd.system.menu")) return RunCommandSystemMenu(command.c_str(), args);
   if (!command.empty() && command.front() == '@') return SendMessageByCommand(command.c_str(), args);
   return 0;

@@ -5,6 +5,7 @@
 
 #include "QTD/chain/QTDConverter.h"
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/display/ChainTry.h"
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
@@ -14,8 +15,6 @@
 #include "QTD/platform/Platform.h"
 
 namespace {
-
-constexpr uint32_t kCodeMask = 0xFFFF;
 
 // Whether an image has the size and code that was prepared; `Prepared` is a record or what is kept of one.
 template <typename Prepared>
@@ -29,16 +28,29 @@ bool SameFormat(const ZynImage* image, const Prepared& prepared) {
 uint32_t QTDDisplay::InitConverter(const ZynImage* outputFormat) {
   QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return Compose(ZYN_ERR_NOT_READY);
-  std::scoped_lock guard(convertLock, handlerLock);
+  for (;;) {
+    {
+      std::scoped_lock guard(convertLock, handlerLock);
+      const QTD::ChainTry chain(processor.get());
+      if (chain) return PrepareConverter(outputFormat);
+    }
+    if (closing) return Fail(ZYN_ERR_NOT_READY);
+    QTD::WaitABit();
+  }
+}
+
+// `handlerLock` and the chain's lock are held.
+uint32_t QTDDisplay::PrepareConverter(const ZynImage* outputFormat) {
+  std::lock_guard<std::recursive_mutex> guard(convertLock);
   lastError = ZYN_ERR_BUSY;
   ReleaseConverter();
   // The picture's own size counts, not what a first stage made of it.
-  const ZynImage* source = processor ? processor->QTD::ImageProcessorData::GetImageInfo(true) : nullptr;
+  const ZynImage* source = processor ? processor->SourceRecord() : nullptr;
   if (!source) return Fail(ZYN_ERR_NOT_READY);
 
-  auto made = std::make_shared<QTDConverter>(this, parameters.GetInt("system.opengl") != 0);
+  auto made = std::make_shared<QTDConverter>(this, processor->UsesSurface());
   const ZynImage header = outputFormat ? QTD::ImageCompleted(*outputFormat) : ZynImage{};
-  const uint32_t code = made->Init(source, outputFormat ? &header : nullptr) & kCodeMask;
+  const uint32_t code = QTD::BareCode(made->Init(source, outputFormat ? &header : nullptr));
   if (code == 0) converter = made;
   return Fail(code);
 }
@@ -76,7 +88,7 @@ uint32_t QTDDisplay::BeginConversion() {
 
 // Takes the turn and sees to a converter; with `renew`, to one for this `output`. It is prepared under the
 // processing lock, which the GUI thread may hold while it waits for its own turn: so the turn is given up
-// when that lock is not free, and the GUI thread sees that somebody wants it.
+// when that lock, or the chain's behind it, is not free, and the GUI thread sees that somebody wants it.
 uint32_t QTDDisplay::BeginConversionWithConverter(const ZynImage* output, bool renew) {
   QTD::ScopedCount waiting(preparing);
   for (;;) {
@@ -85,17 +97,20 @@ uint32_t QTDDisplay::BeginConversionWithConverter(const ZynImage* output, bool r
     if (current && !renew) return 0;
     const ZynImage* target = current ? current->GetImageInfo(false) : nullptr;
     if (target && SameFormat(output, *target)) return 0;
-    const std::unique_lock<std::recursive_mutex> guard(handlerLock, std::try_to_lock);
-    if (guard) {
-      uint32_t code = 0;
-      try {
-        InitConverter(output);
-      } catch (...) {
-        // A parameter that cannot be read as a number.
-        code = ZYN_ERR_FAILED;
-        EndConversion();
+    {
+      const std::unique_lock<std::recursive_mutex> guard(handlerLock, std::try_to_lock);
+      const QTD::ChainTry chain(guard ? processor.get() : nullptr);
+      if (guard && chain) {
+        uint32_t code = 0;
+        try {
+          PrepareConverter(output);
+        } catch (...) {
+          // Memory is short; the turn must not be kept.
+          code = ZYN_ERR_FAILED;
+          EndConversion();
+        }
+        return code;
       }
-      return code;
     }
     EndConversion();
     if (!QTD::platform::OnGuiThread()) waiting.Raise();
@@ -213,7 +228,7 @@ void QTDDisplay::slotConvertImage(ZynImage* inputImage, ZynImage* outputImage) {
       request->converter->Fail();
     } else {
       ++walking;
-      code = request->converter->ProcessImage(inputImage, outputImage, nullptr) & kCodeMask;
+      code = QTD::BareCode(request->converter->ProcessImage(inputImage, outputImage, nullptr));
       const uint32_t state = request->converter->GetState();
       // The outcome stands in the state; arguments that do not fit leave it untouched and have a code of
       // their own.

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "QTD/display/CommandTable.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
 #include "QTD/display/ZynDisplayImpl.h"
@@ -46,41 +47,58 @@ uint32_t Deliver(const MouseMessage& message) {
   return 0;
 }
 
-// The short commands that only have another name in the controller.
-struct ForwardRow {
-  const char* command;
-  const char* target;
-};
-
-constexpr ForwardRow kForwardRows[] = {
-    {"display.zoom.in", "cmd.display.view.zoom.in"},
-    {"display.zoom.out", "cmd.display.view.zoom.out"},
-};
-
 constexpr uint32_t kDumpColor = 0xC4C4;
 
 }  // namespace
 
+struct ZynDisplayImpl::ShortCommands {
+  struct Row {
+    const char* name;
+    uint32_t (ZynDisplayImpl::*run)();
+  };
+  static constexpr Row kTable[] = {
+      {"text.add", &ZynDisplayImpl::ExecuteTextAdd},
+      {"text.del", &ZynDisplayImpl::ExecuteTextDelete},
+      {"display.zoom.in", &ZynDisplayImpl::ExecuteZoomIn},
+      {"display.zoom.out", &ZynDisplayImpl::ExecuteZoomOut},
+      {"display.atcenter", &ZynDisplayImpl::ExecuteAtCenter},
+      {"display.dump.on", &ZynDisplayImpl::ExecuteDumpOn},
+      {"display.dump.off", &ZynDisplayImpl::ExecuteDumpOff},
+  };
+};
+
+std::vector<std::string> ZynDisplayImpl::CommandNames() {
+  return QTD::CommandNames(ShortCommands::kTable);
+}
+
+// The names are compared exactly; one that is not known does nothing, with success.
 uint32_t ZynDisplayImpl::ExecuteCommand(const char* name) {
   QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   const std::string command = name ? name : "";
-  for (const ForwardRow& row : kForwardRows) {
-    if (command == row.command) return RunControllerCommand(row.target, nullptr);
-  }
-  if (command == "text.add") return ExecuteTextAdd();
-  if (command == "text.del") return ExecuteTextDelete();
-  if (command == "display.dump.on") return ExecuteDumpOn();
-  if (command == "display.atcenter") {
-    // One zero byte each: reads as 0.
-    QTD::ARGUMENTS args{{"pos.x", std::string(1, '\0')}, {"pos.y", std::string(1, '\0')}, {"cs", "base"}};
-    return RunControllerCommand("cmd.display.view.at", &args);
-  }
-  if (command == "display.dump.off") {
-    QTD::ARGUMENTS args{{"objectID", parameters.GetString("dump.objectID")}};
-    return RunControllerCommand("cmd.display.overlay.del", &args);
+  for (const ShortCommands::Row& row : ShortCommands::kTable) {
+    if (command == row.name) return (this->*row.run)();
   }
   return 0;
+}
+
+uint32_t ZynDisplayImpl::ExecuteZoomIn() {
+  return RunControllerCommand("cmd.display.view.zoom.in", nullptr);
+}
+
+uint32_t ZynDisplayImpl::ExecuteZoomOut() {
+  return RunControllerCommand("cmd.display.view.zoom.out", nullptr);
+}
+
+uint32_t ZynDisplayImpl::ExecuteAtCenter() {
+  // One zero byte each: reads as 0.
+  QTD::ARGUMENTS args{{"pos.x", std::string(1, '\0')}, {"pos.y", std::string(1, '\0')}, {"cs", "base"}};
+  return RunControllerCommand("cmd.display.view.at", &args);
+}
+
+uint32_t ZynDisplayImpl::ExecuteDumpOff() {
+  QTD::ARGUMENTS args{{"objectID", parameters.GetString("dump.objectID")}};
+  return RunControllerCommand("cmd.display.overlay.del", &args);
 }
 
 uint32_t ZynDisplayImpl::RunControllerCommand(const char* command, QTD::ARGUMENTS* args) {

@@ -7,6 +7,7 @@
 
 #include "QTD/chain/QTDConverter.h"
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/display/ChainTry.h"
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
 #include "QTD/display/QTDDisplay.h"
@@ -105,9 +106,7 @@ uint32_t QTDDisplay::HandleMessage(const std::string& name, QTD::PROPERTIES& par
     } catch (...) {
       // A parameter that cannot be read as a number, or host code that ran meanwhile.
       code = ZYN_ERR_FAILED;
-      std::unique_ptr<QTDProcessor> leaving;
-      std::scoped_lock guard(viewLock, convertLock, handlerLock);
-      leaving = FreeAll();
+      Free();
     }
   }
   lastError = code;
@@ -121,30 +120,31 @@ uint32_t QTDDisplay::InitDisplay(const ZynImage* imageFormat) {
   if (initialising || walking > 0) return ZYN_ERR_NOT_READY;
   QTD::ScopedFlag flag(initialising);
   const bool opengl = parameters.GetInt("system.opengl") != 0;
+  Free();
+  EndChains();  // also those that were put off: while the viewer is there
+  bool success = false;
   std::unique_ptr<QTDProcessor> leaving;
   {
     std::scoped_lock guard(viewLock, convertLock, handlerLock);
-    leaving = FreeAll();
-  }
-  leaving.reset();
-  std::scoped_lock guard(viewLock, convertLock, handlerLock);
-  const QTD::HostCodeUnderLocks scope;
-  lastError = 0;
-  checkQueued = 0;
-  rebuildQueued = 0;
-  StartTimer();
+    const QTD::HostCodeUnderLocks scope;
+    lastError = 0;
+    checkQueued = 0;
+    rebuildQueued = 0;
+    StartTimer();
 
-  bool success = PrepareViewer(opengl);
-  if (success) {
-    success = BuildProcessor(imageFormat) && processor && format;
-    // By default a format that cannot be processed shows only at the first image.
-    if (parameters.GetBool("system.silent")) success = true;
-  }
-  if (!success) leaving = FreeAll();
+    success = PrepareViewer(opengl);
+    if (success) {
+      success = BuildProcessor(imageFormat) && processor && format;
+      // By default a format that cannot be processed shows only at the first image.
+      if (parameters.GetBool("system.silent")) success = true;
+    }
+    if (!success) leaving = FreeAll();
 
-  outputRateHistory.Reset(0.0);
-  inputRate.Reset();
-  outputRate.Reset();
+    outputRateHistory.Reset(0.0);
+    inputRate.Reset();
+    outputRate.Reset();
+  }
+  EndChain(std::move(leaving));
   return success ? 0 : static_cast<uint32_t>(ZYN_ERR_FAILED);
 }
 
@@ -176,9 +176,16 @@ bool QTDDisplay::PrepareViewer(bool opengl) {
       if (viewer == changed) NoteSurface();
     };
     connect(viewer, &QTDViewer::signalWindowClosing, this, forget, Qt::DirectConnection);
-    // Behind the viewer's own note of it.
-    if (QTDWindow* const window = Window())
+    if (QTDWindow* const window = Window()) {
+      // A host may close the window, while commands are at its screen on other threads.
+      const auto drop = [this, window] {
+        std::scoped_lock guard(viewLock, convertLock, handlerLock);
+        window->DropSurface();
+      };
+      connect(window, &QTDWindow::signalSurfaceClosing, this, drop, Qt::DirectConnection);
+      // Behind the viewer's own note of it.
       connect(window, &QTDWindow::signalSurfaceChanged, this, follow, Qt::DirectConnection);
+    }
     viewer->setMessenger(&messenger);
     viewer->setDisplay(this);
   }
@@ -199,7 +206,7 @@ void QTDDisplay::NoteSurface() {
 
 // `FreeAll` has run, and the three locks are held.
 bool QTDDisplay::BuildProcessor(const ZynImage* imageFormat) {
-  processor = std::make_unique<QTDProcessor>(this, parameters.GetInt("system.opengl") != 0);
+  processor = std::make_unique<QTDProcessor>(this, viewer->IsOpenGL());  // chain and viewer go together
   // A host may remove stages on any thread. The viewer lives longer than the chain that was built for it, or
   // is taken out of this handler.
   processor->SetStagesLeaving([shown = viewer] { shown->setImage(nullptr, false); });
@@ -260,12 +267,30 @@ void QTDDisplay::Uninitialize() {
   QTD::LiveCall call(QTD::LiveObjects::Controllers(), Key());
   if (!call) return;
   std::unique_ptr<QTDProcessor> leaving;
-  std::scoped_lock guard(viewLock, convertLock, handlerLock);
-  // A stage that asks for it stands in the chain that would go. Host code that asks for it while the viewer
-  // is made would take the timer from a display that is ready a moment later; another thread has waited for
-  // the locks until that is over.
-  const bool nested = initialising && QTD::platform::OnGuiThread();
-  if (walking == 0 && !nested) leaving = FreeAll();
+  for (bool done = false; !done;) {
+    {
+      std::scoped_lock guard(viewLock, convertLock, handlerLock);
+      // A stage that asks for it stands in the chain that would go. Host code that asks for it while the
+      // viewer is made would take the timer from a display that is ready a moment later; another thread has
+      // waited for the locks until that is over.
+      const bool nested = initialising && QTD::platform::OnGuiThread();
+      const QTD::ChainTry chain(processor.get());
+      done = walking > 0 || nested || chain;
+      if (walking == 0 && !nested && chain) leaving = FreeAll();
+    }
+    if (!done) QTD::WaitABit();
+  }
+  EndChain(std::move(leaving));
+}
+
+// As `Uninitialize`, without its questions; GUI thread.
+void QTDDisplay::Free() {
+  std::unique_ptr<QTDProcessor> leaving;
+  {
+    std::scoped_lock guard(viewLock, convertLock, handlerLock);
+    leaving = FreeAll();
+  }
+  EndChain(std::move(leaving));
 }
 
 // What `Uninitialize` frees; the three locks are held. The chain itself is handed out: its end runs code of
@@ -274,7 +299,7 @@ std::unique_ptr<QTDProcessor> QTDDisplay::FreeAll() {
   TakePictureAway();
   viewerLost = false;
   std::unique_ptr<QTDProcessor> leaving = std::move(processor);
-  if (leaving) leaving->SetStagesLeaving(nullptr);  // the viewer may go before it
+  if (leaving) leaving->LeaveDisplay();  // viewer and surface may go before it
   ++builds;
   converter.reset();
   ReleaseFormat();

@@ -27,8 +27,6 @@ namespace {
 // Bit of the image notification flags: send "notification.image" after each processed image.
 constexpr uint32_t kNotifyProcessed = 1;
 
-constexpr uint32_t kCodeMask = 0xFFFF;
-
 // A queued check that has not come by then counts as thrown away, as hosts can do with queued events.
 constexpr int64_t kQueuedMilliseconds = 1000;
 
@@ -253,32 +251,13 @@ uint32_t QTDDisplay::RunChain() {
 // `handlerLock` is held, so that no other thread sees the count above 0.
 uint32_t QTDDisplay::WalkChain() {
   ++walking;
-  return EndWalk(processor->ProcessImage(format, nullptr, nullptr) & kCodeMask);
+  return EndWalk(QTD::BareCode(processor->ProcessImage(format, nullptr, nullptr)));
 }
 
 // A walk during which the viewer went has failed. `handlerLock` is held.
 uint32_t QTDDisplay::EndWalk(uint32_t code) {
   --walking;
   return viewerLost ? uint32_t{ZYN_ERR_NOT_READY} : code;
-}
-
-// Closes the display of a viewer that went during a walk, when that walk is over and whoever began it has
-// given the processing lock up: the host's stages end without it.
-void QTDDisplay::CloseLost() {
-  std::unique_ptr<QTDProcessor> leaving;
-  {
-    std::scoped_lock guard(viewLock, convertLock, handlerLock);
-    if (viewerLost && walking == 0) leaving = FreeAll();
-  }
-  EndChain(std::move(leaving));
-}
-
-// Ends a chain, once no code of the library that is on this thread's stack holds a lock.
-void QTDDisplay::EndChain(std::unique_ptr<QTDProcessor> leaving) {
-  if (!leaving || !QTD::HostCodeUnderLocks::IsActive()) return;
-  const std::shared_ptr<QTDProcessor> later = std::move(leaving);
-  QMetaObject::invokeMethod(
-      this, [later] {}, Qt::QueuedConnection);
 }
 
 void QTDDisplay::NotifyImage(uint32_t code) {

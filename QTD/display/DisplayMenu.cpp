@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "QTD/display/CommandTable.h"
 #include "QTD/display/ContextMenu.h"
 #include "QTD/display/GuiThread.h"
 #include "QTD/display/LiveObjects.h"
@@ -24,8 +25,6 @@
 
 namespace {
 
-// Scroll bars and menus that are made or changed tell the host's event filters.
-using Guard = QTD::HostCodeLock;
 using Clock = std::chrono::steady_clock;
 
 // A GUI thread that does not come to a job within this time may itself be waiting for the caller.
@@ -97,7 +96,7 @@ struct QTDDisplay::MenuCommands {
     };
     const auto made = std::make_shared<Made>();
     const auto build = [&display, made] {
-      Guard guard(display.viewLock);
+      QTD::HostCodeLock guard(display.viewLock);  // a menu that is made tells the host's event filters
       QTDScreen* screen = display.Screen();
       if (!screen) return;
       const QTD::ContextMenuState state{display.CanZoom(true, -1.0), display.CanZoom(false, -1.0),
@@ -145,6 +144,10 @@ const QTDDisplay::MenuCommands::Row QTDDisplay::MenuCommands::kTable[3] = {
     {"cmd.system.menu.exec", Exec},
     {"cmd.system.menu.delete", Delete},
 };
+
+std::vector<std::string> QTDDisplay::MenuCommandNames() {
+  return QTD::CommandNames(MenuCommands::kTable);
+}
 
 // The names are compared exactly.
 uint32_t QTDDisplay::RunCommandSystemMenu(const char* name, QTD::ARGUMENTS* args) {
@@ -207,7 +210,7 @@ void QTDDisplay::slotMenuCenterImage() {
 // Where the mouse was last pressed.
 void QTDDisplay::slotMenuCenterHere() {
   RunEntry(Key(), [this] {
-    Guard guard(viewLock);
+    std::lock_guard<std::recursive_mutex> guard(viewLock);
     QTDScreen* screen = Screen();
     if (!HasPicture() || !screen) return;
     double y = Window()->Parameters().GetDouble("mouse.win.y");
@@ -221,7 +224,7 @@ void QTDDisplay::slotMenuCenterHere() {
 // Image pixels per device pixel. Straight to the screen: the fit mode and "display.view.fit" stay as they
 // are.
 void QTDDisplay::SetMenuScale(double scale) {
-  Guard guard(viewLock);
+  std::lock_guard<std::recursive_mutex> guard(viewLock);
   QTDScreen* screen = Screen();
   if (!screen) return;
   screen->setScale(scale * Window()->devicePixelRatio());

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "QTD/display/QTDDisplay.h"
-#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/frame/Text.h"
 #include "QTD/screen/Numbers.h"
 #include "QTD/screen/QTDScreen.h"
@@ -13,8 +12,7 @@
 
 namespace {
 
-// Scroll bars that follow the view tell the host's event filters.
-using Guard = QTD::HostCodeLock;
+using Guard = std::lock_guard<std::recursive_mutex>;
 
 // Below this a zoom coefficient counts as not given.
 constexpr double kLeastCoefficient = 1e-05;

@@ -1,6 +1,7 @@
 // The commands that begin with "cmd.display.overlay": texts and rectangles over the picture. Any thread; the
 // operations that they call take the view lock one by one.
 #include <string>
+#include <vector>
 
 #include "QTD/display/CommandTable.h"
 #include "QTD/display/QTDDisplay.h"
@@ -85,6 +86,10 @@ const QTDDisplay::OverlayCommands::Row QTDDisplay::OverlayCommands::kTable[7] = 
     {"cmd.display.overlay.del", Delete},       {"cmd.display.overlay.text.del", Delete},
     {"cmd.display.overlay.rect.del", Delete},
 };
+
+std::vector<std::string> QTDDisplay::OverlayCommandNames() {
+  return QTD::CommandNames(OverlayCommands::kTable);
+}
 
 uint32_t QTDDisplay::RunCommandDisplayOverlay(const char* name, QTD::ARGUMENTS* args) {
   if (!args) return 0;

@@ -84,7 +84,9 @@ QTDDisplay::~QTDDisplay() {
     std::scoped_lock guard(viewLock, convertLock, handlerLock);
     leaving = FreeAll();
   }
-  leaving.reset();  // while the viewer, on whose surface it may live, is there
+  // While the viewer, on whose surface they may live, is there.
+  leaving.reset();
+  TakeEnding().clear();
   {
     std::scoped_lock guard(viewLock, convertLock, handlerLock);
     const QTD::HostCodeUnderLocks scope;

@@ -27,13 +27,21 @@ class QTimer;
 // ZynDisplayProcessor and the commands may be called from any thread; `Initialize` and `ConvertImage` block
 // until the GUI thread has done the work.
 //
-// Locks. `viewLock` serialises view, overlay and initialisation, `convertLock` the converter; `handlerLock`
-// of the base is the processing lock of the image road. The pointers `processor`, `format` and `viewer`
-// change only while all three are held and may be read while any of them is. Whoever needs several takes them
-// together with std::scoped_lock, which backs off: a receiver of "notification.image" runs with `handlerLock`
-// held and may call any command, so no thread waits for `handlerLock` while it holds one of the others.
-// Behind them come the swap lock and the buffer lock of `incoming`, then the leaves `preparedLock` and
-// `messagesLock`.
+// Locks. `viewLock` serialises view, overlay and initialisation, `convertLock` the converter.
+//
+// `handlerLock` of the base guards the parameter handlers there, and has a second duty here: it is the
+// processing lock, held while an image runs through the chain and on to the viewer. So a parameter access of
+// the host waits for the image at hand.
+//
+// The pointers `processor`, `format` and `viewer` change only while all three are held and may be read while
+// any of them is. Whoever needs several takes them together with std::scoped_lock, which backs off: a
+// receiver of "notification.image" runs with `handlerLock` held and may call any command, so no thread waits
+// for `handlerLock` while it holds one of the others. Behind them come the swap lock and the buffer lock of
+// `incoming`, then the leaves `preparedLock`, `messagesLock` and `endingLock`.
+//
+// A host may run the chain itself, on the GUI thread; its stages ask for the controller's locks with the
+// chain's held then. So off the GUI thread nobody waits for the chain while holding one of the three
+// (`ChainTry`).
 class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::ComponentImpl {
   Q_OBJECT
 
@@ -74,6 +82,9 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   // As `ConvertImage`; where the prepared converter does not fit, another one is prepared within the same
   // turn.
   uint32_t ConvertImageAnew(const ZynImage* input, ZynImage* output);
+
+  // The commands of `RunCommand`, without the messages, which begin with "@".
+  static std::vector<std::string> CommandNames();
 
   // The display is about to be deleted: ends the waiting of all calls under way with code 8, and tells no
   // receiver anything any more.
@@ -119,6 +130,10 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   struct ViewCommands;
   struct OverlayCommands;
   struct MenuCommands;
+  struct OwnCommands;  // those that belong to no family
+  static std::vector<std::string> ViewCommandNames();
+  static std::vector<std::string> OverlayCommandNames();
+  static std::vector<std::string> MenuCommandNames();
 
   // Under which address the table of living displays knows this one.
   const void* Key() const { return static_cast<const ZynDisplayProcessor*>(this); }
@@ -160,6 +175,7 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void StartTimer();
   void ReleaseFormat();
   void TakePictureAway();
+  void Free();
   [[nodiscard]] std::unique_ptr<QTDProcessor> FreeAll();
 
   // Intake
@@ -174,6 +190,8 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void CloseLost();
   void NoteSurface();
   void EndChain(std::unique_ptr<QTDProcessor> leaving);
+  std::vector<std::unique_ptr<QTDProcessor>> TakeEnding();
+  void EndChains();
   void LetConverterIn();
   void NotifyImage(uint32_t code);
   bool CanProcess() const;
@@ -181,6 +199,7 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
   void SetPrepared(const Prepared& format);
 
   // Conversion
+  uint32_t PrepareConverter(const ZynImage* outputFormat);
   uint32_t BeginConversion();
   uint32_t BeginConversionWithConverter(const ZynImage* output, bool renew);
   void EndConversion();
@@ -237,7 +256,9 @@ class QTDDisplay : public QObject, public ZynDisplayProcessor, public QTD::Compo
 
   std::mutex preparedLock;  // guards `prepared`
   Prepared prepared;
-  std::mutex messagesLock;  // guards `messages`
+  std::mutex endingLock;                              // guards `ending`
+  std::vector<std::unique_ptr<QTDProcessor>> ending;  // chains whose end is put off
+  std::mutex messagesLock;                            // guards `messages`
   std::vector<std::shared_ptr<BlockingMessage>> messages;
   std::shared_ptr<Conversion> conversion;  // the one under way
   bool converting = false;                 // one caller at a time converts

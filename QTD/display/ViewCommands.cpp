@@ -1,6 +1,7 @@
 // The commands that begin with "cmd.display.view": zoom, fit, scale, position, translation. Any thread.
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "QTD/display/CommandTable.h"
 #include "QTD/display/QTDDisplay.h"
@@ -137,6 +138,10 @@ const QTDDisplay::ViewCommands::Row QTDDisplay::ViewCommands::kTable[10] = {
     {"cmd.display.view.image", Image},
     {"cmd.display.view.nofication", NotificationFlags},  // spelled like that on purpose: hosts send it so
 };
+
+std::vector<std::string> QTDDisplay::ViewCommandNames() {
+  return QTD::CommandNames(ViewCommands::kTable);
+}
 
 uint32_t QTDDisplay::RunCommandDisplayView(const char* name, QTD::ARGUMENTS* args) {
   QTD::RMutexLock guard(&viewLock, "QTDDisplay::RunCommandDisplayView()");

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr uint32_t kCodeMask = 0xFFFF;
 constexpr uint32_t kFailure = 0x80000000;
 
 // A window id names the widget; anything else is taken as the widget itself.
@@ -76,7 +75,7 @@ uint32_t ZynDisplayImpl::Initialize(const ZynImage* format, const char* mode) {
   if (!call) return Compose(ZYN_ERR_NOT_READY);
   const bool opengl = mode && std::string(mode) == "opengl";
   controller->Parameters().Set("system.opengl", QTD::ToText(opengl));
-  return Compose(controller->Initialize(format) & kCodeMask);
+  return Compose(QTD::BareCode(controller->Initialize(format)));
 }
 
 // A failing image is offered a second time, and the second answer counts.
@@ -95,7 +94,7 @@ uint32_t ZynDisplayImpl::DisplayImage(const ZynImage* image) {
 uint32_t ZynDisplayImpl::ConvertImage(const ZynImage* input, ZynImage* output) {
   QTD::LiveCall call(QTD::LiveObjects::Displays(), static_cast<ZynDisplay*>(this));
   if (!call) return Compose(ZYN_ERR_NOT_READY);
-  const uint32_t code = controller->ConvertImageAnew(input, output) & kCodeMask;
+  const uint32_t code = QTD::BareCode(controller->ConvertImageAnew(input, output));
   if (code != 0) return Compose(code);
   output->timestamp = input->timestamp;
   output->imageID = input->imageID;

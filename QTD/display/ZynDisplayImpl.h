@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "QTD/frame/ComponentImpl.h"
 #include "ZynDisplay.h"
@@ -34,13 +35,20 @@ class ZynDisplayImpl : public ZynDisplay, public QTD::ComponentImpl, public ZynD
   uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) override;
 
   QTDDisplay* Controller() const { return controller.get(); }
+  static std::vector<std::string> CommandNames();  // of `ExecuteCommand`
 
  private:
+  struct ShortCommands;  // the table of their names
+
   uint32_t SetParameterByCommand(QTD::ARGUMENTS& args);
   uint32_t ForwardMouse(QTD::ARGUMENTS& args);
   uint32_t ExecuteTextAdd();
   uint32_t ExecuteTextDelete();
+  uint32_t ExecuteZoomIn();
+  uint32_t ExecuteZoomOut();
+  uint32_t ExecuteAtCenter();
   uint32_t ExecuteDumpOn();
+  uint32_t ExecuteDumpOff();
   uint32_t RunControllerCommand(const char* command, QTD::ARGUMENTS* args);
 
   std::unique_ptr<QTDDisplay> controller;

@@ -221,7 +221,8 @@ void QTDViewer::slotVertSliderChanged(int value) {
   scroll(-1, value);
 }
 
-// Runs inside an event handler of the bar, which no exception may leave.
+// Runs inside an event handler of the bar, which no exception may leave. The lock is that of the viewer's own
+// component, not the controller's of the same name.
 void QTDViewer::scroll(int x, int y) {
   std::lock_guard<std::recursive_mutex> hold(handlerLock);
   try {

@@ -16,7 +16,6 @@
 
 namespace {
 
-constexpr uint32_t kCodeMask = 0xFFFF;
 constexpr uint32_t kByteDepth = 8;
 
 bool HasSize(const ZynImage* record) {
@@ -33,8 +32,8 @@ ZynImage* MakeRecord(const ZynImage& size, uint32_t pixelType) {
 ZynImgProcessor* Append(ZynImgProcessingChain& chain, const char* name,
                         std::unique_ptr<ZynImgProcessor> stage, const ZynImage* source,
                         const ZynImage* output) {
-  if ((stage->Init(source, output) & kCodeMask) == 0 &&
-      (chain.AddProcessor(name, stage.get()) & kCodeMask) == 0) {
+  if (QTD::BareCode(stage->Init(source, output)) == 0 &&
+      QTD::BareCode(chain.AddProcessor(name, stage.get())) == 0) {
     return stage.release();
   }
   stage->Release();

@@ -1,9 +1,9 @@
 #include "QTD/window/QTDWindow.h"
 
 #include <QCursor>
-#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
+#include <QSurfaceFormat>
 #include <QThread>
 #include <QWidget>
 #include <algorithm>
@@ -41,6 +41,8 @@ int HeldSize(uint32_t pixels) {
 
 QTDWindow::QTDWindow(QWidget* parentWidget, bool opengl) : parent(parentWidget) {
   setSurfaceType(opengl ? QSurface::OpenGLSurface : QSurface::RasterSurface);
+  // That of the surface's context: with another one, such as a host's default format, no driver draws.
+  if (opengl) setFormat(QSurfaceFormat());
   parameters.Set("class", "QTDWindow");
   parameters.Set("parent", ToText(static_cast<const void*>(parentWidget)));
   parameters.Set("opengl", ToText(opengl));
@@ -115,6 +117,7 @@ bool QTDWindow::makeSurface(bool opengl) {
   const bool ready = made->init(&list);
   std::lock_guard<std::recursive_mutex> painting(renderLock);
   surface = std::move(made);
+  openSurface = surface.get();
   return ready;
 }
 
@@ -130,16 +133,19 @@ bool QTDWindow::makeScreen(bool opengl) {
     std::lock_guard<std::recursive_mutex> painting(renderLock);
     screen = std::move(made);
   }
-  return created->init(this, 0, 0, QTD::kFitOneToOne);
+  const bool ready = created->init(this, 0, 0, QTD::kFitOneToOne);
+  openScreen = created;
+  return ready;
 }
 
 bool QTDWindow::close() {
-  dropSurface();
+  if (surface || screen) Q_EMIT signalSurfaceClosing();
+  DropSurface();
   Q_EMIT signalSurfaceChanged();
   return true;
 }
 
-void QTDWindow::dropSurface() {
+void QTDWindow::DropSurface() {
   std::lock_guard<std::recursive_mutex> input(inputLock);
   std::lock_guard<std::recursive_mutex> painting(renderLock);
   {
@@ -151,6 +157,8 @@ void QTDWindow::dropSurface() {
   mouseMode = kIdle;
   rightPressed = false;
   drawObjects.setSurface(nullptr);
+  openScreen = nullptr;
+  openSurface = nullptr;
   // The screen paints on the surface, so it goes first.
   screen.reset();
   surface.reset();
@@ -202,10 +210,9 @@ void QTDWindow::resize(int width, int height) {
 // On a screen of another density the same size is another number of device pixels, and no resize event tells
 // of it.
 void QTDWindow::followScreen() {
-  const QPointer<QTDWindow> self(this);  // scroll bars may run code of the host's
   try {
     resize(width(), height());
-    if (self) update();
+    update();
   } catch (...) {
     // An attribute of the screen that cannot be read; nothing may leave a handler.
   }

@@ -44,8 +44,9 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   QTDWindow(QWidget* parentWidget, bool opengl);
   ~QTDWindow() override;
 
-  virtual bool open();      // makes surface, screen and rubber band; GUI thread
-  virtual bool close();     // deletes them; GUI thread
+  virtual bool open();  // makes surface, screen and rubber band; GUI thread
+  // Deletes them; GUI thread. Waits for operations of other threads that are under way.
+  virtual bool close();
   virtual bool isOpen();    // GUI thread
   virtual bool hasImage();  // any thread
   virtual void render();    // paints once; GUI thread (from another one it posts an update request)
@@ -63,8 +64,10 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   virtual std::string overlayText(const char* id, const char* text, int x, int y,
                                   QTD::PROPERTIES* properties);
   virtual std::string overlayRect(const char* id, int x, int y, int w, int h, QTD::PROPERTIES* properties);
-  virtual void scrollTo(int x, int y);     // a negative value leaves that axis; any thread
-  virtual void syncScrollBars(int which);  // bit 2 horizontal, bit 1 vertical; any thread
+  virtual void scrollTo(int x, int y);  // a negative value leaves that axis; any thread
+  // Bit 2 horizontal, bit 1 vertical; any thread. That a bar is enabled or disabled follows from the event
+  // loop.
+  virtual void syncScrollBars(int which);
 
   // QTD::CommandProcessor; any thread
   void Execute(const char* name, QTD::PROPERTIES* properties) override;
@@ -86,8 +89,12 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
 
   void setScrollBars(QScrollBar* horizontal, QScrollBar* vertical);  // GUI thread
   void setMessenger(QTD::Messenger* receiver);                       // not owned, may be null; any thread
-  QTDSurface* Surface() const { return surface.get(); }
-  QTDScreen* Screen() const { return screen.get(); }
+  // What `close` does, without a word: whoever uses the screen under a lock of their own calls it with that
+  // held, when it is about to go. GUI thread.
+  void DropSurface();
+  // Any thread that keeps the window from closing; null while it is closed.
+  QTDSurface* Surface() const { return openSurface; }
+  QTDScreen* Screen() const { return openScreen; }
   QTDZoom* Zoom() const { return zoom.get(); }  // null while closed; GUI thread
   QWidget* ParentWidget() const;                // the viewer widget; GUI thread
   QTD::DrawObjects& Objects() { return drawObjects; }
@@ -97,6 +104,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   // surface, lets go of it here.
   void signalClosing();
   void signalClosed();          // nothing of it is left but the QWindow
+  void signalSurfaceClosing();  // surface and screen go; they still exist, until `DropSurface`
   void signalSurfaceChanged();  // after `open` and `close`: `Surface` is another one, or none
 
  protected:
@@ -118,6 +126,8 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   std::unique_ptr<QTDSurface> surface;
   std::unique_ptr<QTDScreen> screen;
   std::unique_ptr<QTDZoom> zoom;
+  std::atomic<QTDSurface*> openSurface{nullptr};  // as the pointers above, for readers without these locks
+  std::atomic<QTDScreen*> openScreen{nullptr};
   const ZynImage* image = nullptr;  // written under `renderLock` and `imageLock`, as what holds it
   QTD::RecordHold imageHold;
   bool failed = false;  // `open` did not succeed
@@ -142,7 +152,6 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   bool onGuiThread() const;
   bool makeSurface(bool opengl);
   bool makeScreen(bool opengl);
-  void dropSurface();
   void replaceImage(const ZynImage* picture);
 
   // Events: asks the handlers in order until one has handled the event.
@@ -169,7 +178,10 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   enum class Moved { kAll, kBoundToPicture };
   void moveObjects(Moved which);
   void moveObject(const std::string& id, QTD::PROPERTIES& object);
+  bool usesBar(int range);
   void syncBar(QScrollBar* bar, int position, int range, int page);
+  void enableBarsSoon();
+  void enableBars();
   void noteGeometry();
   void followScreen();
 
@@ -179,6 +191,7 @@ class QTDWindow : public QWindow, public QTDInput, public QTD::ComponentImpl, pu
   QTD::PostedFlag posted = std::make_shared<std::atomic<bool>>(false);
   QTD::ViewTracker tracker;
   std::atomic<int> queuedBars{0};  // bars that a queued call is going to set
+  bool enablingBars = false;       // a queued call is going to enable or disable bars; GUI thread
   QSize shownSize;                 // of the last resize event
 
   std::mutex geometryLock;  // guards the two rectangles

@@ -71,14 +71,11 @@ void QTDWindow::render() {
     update();
     return;
   }
-  // Before anything is held: bars that change tell the host's event filters, which may close or delete this.
-  const QPointer<QTDWindow> self(this);
   try {
     followView();
   } catch (const std::exception&) {
     // An attribute of the screen that cannot be read: overlays stay where they are.
   }
-  if (!self) return;
   std::lock_guard<std::recursive_mutex> painting(renderLock);
   if (!isOpen() || !isExposed()) return;
 

@@ -38,16 +38,18 @@ void QTDWindow::syncScrollBars(int which) {
   const QTD::PairI position = screen->ScrollPos();
   const QTD::PairI range = screen->ScrollRange();
   const QTD::PairI page = screen->scrollPage();
-  const QPointer<QTDWindow> self(this);
   if (which & kHorizontal) syncBar(horzBar, position.first, range.first, page.first);
-  if (self && which & kVertical) syncBar(vertBar, position.second, range.second, page.second);
+  if (which & kVertical) syncBar(vertBar, position.second, range.second, page.second);
 }
 
-// The bar's own signals are for the user's movements: they are blocked while it is set from here. That it is
-// enabled or disabled comes last, since event filters of the host hear of it, and may delete bar and window.
+bool QTDWindow::usesBar(int range) {
+  return range >= 1 && hasImage();
+}
+
+// The bar's own signals are for the user's movements: they are blocked while it is set from here.
 void QTDWindow::syncBar(QScrollBar* bar, int position, int range, int page) {
   if (!bar) return;
-  const bool used = range >= 1 && hasImage();
+  const bool used = usesBar(range);
   {
     const QSignalBlocker quiet(bar);
     if (used) {
@@ -60,5 +62,26 @@ void QTDWindow::syncBar(QScrollBar* bar, int position, int range, int page) {
     }
   }
   bar->update();
-  bar->setEnabled(used);
+  const bool disabled = bar->testAttribute(Qt::WA_ForceDisabled);
+  if (disabled == used) enableBarsSoon();
+}
+
+// Event filters of the host hear of it when a bar is enabled or disabled, and may close or delete the window:
+// so that is left to the event loop, where none of the window's operations is under way.
+void QTDWindow::enableBarsSoon() {
+  if (enablingBars) return;
+  enablingBars = true;
+  QTD::platform::QueueOnGuiThread([self = QPointer<QTDWindow>(this)] {
+    if (self) self->enableBars();
+  });
+}
+
+void QTDWindow::enableBars() {
+  enablingBars = false;
+  if (!screen) return;
+  const QTD::PairI range = screen->ScrollRange();
+  const bool horizontal = usesBar(range.first), vertical = usesBar(range.second);
+  const QPointer<QScrollBar> last(vertBar);  // the window may go meanwhile
+  if (horzBar) horzBar->setEnabled(horizontal);
+  if (last) last->setEnabled(vertical);
 }

@@ -18,9 +18,10 @@
 class QTDWindow;
 class QWidget;
 
-// An input handler of its window, which asks it before its own. The window calls `begin` when a drag with the
-// right button has gone far enough, `trackTo` for each movement, and `finish` at the release. Only keys go
-// through the handler's interface: while a band is shown they are swallowed.
+// The rubber band alone: steps, limits and the zoom to a rectangle are those of QTDScreen. It is an input
+// handler of its window, which asks it before its own. The window calls `begin` when a drag with the right
+// button has gone far enough, `trackTo` for each movement, and `finish` at the release. Only keys go through
+// the handler's interface: while a band is shown they are swallowed.
 //
 // GUI thread, all of it.
 class QTDZoom : public QObject, public QTDInput {

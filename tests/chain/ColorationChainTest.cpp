@@ -19,11 +19,12 @@ TEST(ColorationChain, has_the_values_as_long_as_the_chain_has_the_stage) {
   ASSERT_EQ(chain->Init(source), 0u);
   QTD::ChainLink link(chain.get());
   EXPECT_EQ(QTD::UnpackedStage(link).Stage(), chain->FindProcessor("image.unpacked"));
-  EXPECT_NE(QTD::UnpackedStage(link).Info(true), nullptr);
+  EXPECT_TRUE(QTD::UnpackedStage(link).Info(true));
   ASSERT_EQ(chain->RemoveProcessor("image.unpacked"), 0u);
   EXPECT_EQ(QTD::UnpackedStage(link).Stage(), nullptr);
-  EXPECT_EQ(QTD::UnpackedStage(link).Out(), nullptr);
-  EXPECT_EQ(QTD::UnpackedStage(link).Info(true), nullptr);
+  QTD::RecordHold hold;
+  EXPECT_EQ(QTD::UnpackedStage(link).Out(hold), nullptr);
+  EXPECT_FALSE(QTD::UnpackedStage(link).Info(true));
 }
 
 TEST(ColorationChain, a_chain_that_has_gone_is_not_followed) {

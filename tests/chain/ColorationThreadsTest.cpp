@@ -118,3 +118,29 @@ TEST_F(ColorationThreads, a_command_that_waits_comes_back_when_the_coloration_le
   }
   for (std::thread& thread : threads) thread.join();
 }
+
+// The host prepares and releases the stage whose values count, while they are read.
+TEST_F(ColorationThreads, the_stage_of_the_values_is_prepared_anew_meanwhile) {
+  coloration->Enable(true);
+  ZynImgProcessor* const unpacked = chain.FindProcessor("image.unpacked");
+  std::atomic<bool> stop{false};
+  std::atomic<int> rounds{0};
+  std::thread host([&] {
+    while (!stop) {
+      unpacked->Init(source, nullptr);
+      std::this_thread::yield();
+      if (++rounds % 3 == 0) unpacked->Release();
+    }
+    unpacked->Init(source, nullptr);
+  });
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+  while (std::chrono::steady_clock::now() < end || rounds < 100) {
+    chain.ProcessImage(source, nullptr, nullptr);
+    coloration->ExecuteCommand("params.apply");
+    const Picture header(64, 48, ZYN_PIXEL_RGB8);
+    EXPECT_EQ(coloration->Init(header, nullptr), 0u);
+  }
+  stop = true;
+  host.join();
+  EXPECT_EQ(chain.ProcessImage(source, nullptr, nullptr), 0u);
+}

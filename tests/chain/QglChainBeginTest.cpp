@@ -47,6 +47,19 @@ TEST_F(QglChainBegin, is_not_built_while_the_native_window_is_gone_on_the_screen
   EXPECT_FALSE(surface->isActive());
 }
 
+TEST_F(QglChainBegin, is_not_built_on_a_display_of_the_processors_variant_on_the_screen) {
+  chain_test::Journal journal;
+  chain_test::FakeSurface memory(&journal);
+  display.Publish(&memory);
+  QTDProcessor chain(&display, false);
+  chain.SetParameterInt("opengl", 1);
+  EXPECT_EQ(chain.Init(format), kFailed);
+  EXPECT_EQ(chain.GetProcessorCount(), 0);
+  EXPECT_TRUE(journal.empty());  // its painter is not asked for
+  chain.SetParameterInt("opengl", 0);
+  EXPECT_EQ(chain.Init(format), 0u);
+}
+
 TEST_F(QglChainBegin, outlives_the_native_window_and_is_built_anew_on_the_screen) {
   QTDProcessor chain(&display, true);
   ASSERT_EQ(chain.Init(format), 0u);

@@ -5,6 +5,7 @@
 
 #include "ChainFakes.h"
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "ZynPixelFormat.h"
 
 namespace {
@@ -78,6 +79,61 @@ TEST_F(StageRelease, off_the_gui_thread_has_no_pass) {
   Add(chain, "a");
   std::thread([&] { chain.RemoveProcessor("a"); }).join();
   EXPECT_EQ(journal, (Journal{"a.release", "a.delete"}));
+}
+
+// The display may have another surface by then.
+TEST_F(StageRelease, of_a_chain_that_left_its_display_goes_on_its_own_surface_or_none) {
+  for (const bool replaced : {false, true}) {
+    SCOPED_TRACE(replaced);
+    display.Publish(&surface);
+    QTDProcessor chain(&display, true);
+    Add(chain, "a");
+    journal.clear();
+    chain.LeaveDisplay();
+    FakeSurface other(&journal);
+    if (replaced) display.Publish(&other);
+    chain.Release();
+    EXPECT_EQ(journal, replaced ? (Journal{"a.release", "a.delete"}) : between);
+  }
+}
+
+TEST_F(StageRelease, of_a_chain_that_left_its_display_tells_nobody) {
+  QTDProcessor chain(&display, false);
+  Add(chain, "a");
+  bool told = false;
+  chain.SetStagesLeaving([&] { told = true; });
+  chain.LeaveDisplay();
+  chain.Release();
+  EXPECT_FALSE(told);
+}
+
+// What the host asks for from inside a stage, such as the chain's end, has to wait; what it does when the
+// stage goes has not.
+TEST_F(StageRelease, is_host_code_without_a_lock_and_a_run_is_host_code_under_one) {
+  class Leaving : public FakeStage {
+   public:
+    Leaving(QTDProcessor& ownChain, Journal* writtenTo) : FakeStage("a", writtenTo), chain(ownChain) {
+      onRun = [this] {
+        inRun = QTD::HostCodeUnderLocks::IsActive();
+        chain.RemoveProcessor("a");
+      };
+    }
+    void Release() override {
+      EXPECT_TRUE(inRun);
+      EXPECT_FALSE(QTD::HostCodeUnderLocks::IsActive());
+      FakeStage::Release();
+    }
+
+   private:
+    QTDProcessor& chain;
+    bool inRun = false;
+  };
+  QTDProcessor chain(&display, false);
+  ASSERT_EQ(chain.AddProcessor("a", new Leaving(chain, &journal)), 0u);
+  const Picture image(4, 4, ZYN_PIXEL_MONO8);
+  EXPECT_NE(chain.ProcessImage(image, nullptr, nullptr), 0u);
+  EXPECT_EQ(journal, (Journal{"a.run", "a.release", "a.delete"}));
+  EXPECT_FALSE(QTD::HostCodeUnderLocks::IsActive());
 }
 
 TEST_F(StageRelease, of_a_chain_that_outlives_its_display_goes_without) {

@@ -95,5 +95,27 @@ TEST_F(CardConversion, is_upright_without_the_turning_stage_on_the_screen) {
   for (const bool bottomUp : {false, true}) EXPECT_EQ(Lines(input, bottomUp), Expected(40, bottomUp));
 }
 
+// A refused `Initialize` leaves the chain as it is, and conversions with it, whatever variant it asked for.
+TEST_F(CardConversion, goes_by_the_chain_after_another_variant_was_refused_on_the_screen) {
+  HostImage input(ZYN_PIXEL_MONO8, kSide, kSide);
+  FillLines(input, 40);
+  for (const bool opengl : {true, false}) {
+    for (const bool converted : {false, true}) {  // earlier, to the format that stays
+      SCOPED_TRACE(std::string(opengl ? "card" : "processor") + (converted ? ", converted" : ""));
+      StartOn(opengl, ZYN_PIXEL_MONO8);
+      HostImage grey(ZYN_PIXEL_MONO8, kSide, kSide);
+      if (converted) {
+        ASSERT_EQ(display->ConvertImage(&input.record, &grey.record), 0u);
+      }
+      SetVariant(!opengl);
+      ASSERT_NE(display->Initialize(nullptr), 0u);
+      HostImage output(ZYN_PIXEL_BGR8, kSide, kSide);
+      ASSERT_EQ(display->ConvertImageAnew(&input.record, &output.record), 0u);
+      for (uint32_t y = 0; y < kSide; ++y)
+        EXPECT_EQ(output.pixels[y * output.record.linePitch + 24], 40 + 5 * y) << y;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace display_test

@@ -1,5 +1,7 @@
 // Host code calls every command from its receivers, on the messenger thread and on the GUI thread at once,
 // while other threads of the host's set parameters and stream images.
+#include <mutex>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -37,6 +39,8 @@ std::vector<Command> Commands(int pass) {
       {"cmd.display.overlay.rect.add",
        {{"rect.x", "1"}, {"rect.y", "1"}, {"rect.w", "9"}, {"rect.h", "9"}, {"objectID", "rect"}}},
       {"cmd.display.overlay.rect.del", {{"objectID", "rect"}}},
+      {"cmd.display.overlay.del", {{"objectID", "nobody"}}},
+      {"cmd.display.overlay.add", {{"type", "text"}, {"text.text", "text"}}},
       {"cmd.parameter.set", {{"name", "display.view.bgcolor"}, {"value", "5"}}},
       {"cmd.parameter.get", {{"name", "display.view.scale"}}},
       {"cmd.parameter.get", {{"name", "display.view.fit"}}},
@@ -56,16 +60,29 @@ class EveryCommand : public testing::Test {
     controller = host->Controller();
   }
 
+  uint32_t Run(const char* name, QTD::ARGUMENTS* args) {
+    {
+      const std::lock_guard<std::mutex> guard(lock);
+      ran.insert(name);
+    }
+    return controller->RunCommand(name, args);
+  }
+
   // All that a receiver may do, in a row.
   void RunAll(int pass, ZynDisplayCommand& other) {
     for (Command& command : Commands(pass)) {
-      controller->RunCommand(command.name, &command.args);
+      Run(command.name, &command.args);
       // The text that was just added.
       if (std::string(command.name) == "cmd.display.overlay.text.add") {
         QTD::ARGUMENTS added{{"objectID", command.args["objectID"]}};
-        controller->RunCommand("cmd.display.overlay.text.del", &added);
+        Run("cmd.display.overlay.text.del", &added);
       }
     }
+    // A menu that is deleted before it is shown: nobody is there to close it.
+    QTD::ARGUMENTS menu;
+    Run("cmd.system.menu.create", &menu);
+    Run("cmd.system.menu.delete", &menu);
+    Run("cmd.system.menu.exec", &menu);
     ZynComponent& component = *controller->GetComponent();
     int64_t fit = 0;
     component.GetParameterInt("display.view.fit", &fit);
@@ -83,8 +100,8 @@ class EveryCommand : public testing::Test {
     host->ConvertImage(&image.record, &output.record);
 
     QTD::ARGUMENTS proc{{"proc", QTD::ToText(static_cast<const void*>(&other))}};
-    controller->RunCommand("cmd.system.notification.add", &proc);
-    controller->RunCommand("cmd.system.notification.del", &proc);
+    Run("cmd.system.notification.add", &proc);
+    Run("cmd.system.notification.del", &proc);
     controller->GetProcessor();
   }
 
@@ -94,6 +111,8 @@ class EveryCommand : public testing::Test {
   Receiver onView, onImage, others;
   std::unique_ptr<ZynDisplayImpl> host;
   QTDDisplay* controller = nullptr;
+  std::mutex lock;            // guards `ran`
+  std::set<std::string> ran;  // names of commands
 };
 
 TEST_F(EveryCommand, runs_from_receivers_on_both_threads_at_once) {
@@ -150,6 +169,8 @@ TEST_F(EveryCommand, runs_from_receivers_on_both_threads_at_once) {
   controller->DelNotification(&onImage);
   EXPECT_EQ(host->DisplayVideo(&image.record), 0u);
   EXPECT_TRUE(WaitFor([&] { return controller->LastError() == 0; }));
+  for (const std::string& name : QTDDisplay::CommandNames())
+    EXPECT_EQ(ran.count(name), 1u) << name << " was left out";
   host.reset();
 }
 

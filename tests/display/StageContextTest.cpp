@@ -101,6 +101,40 @@ TEST_F(StageContext, is_current_at_another_initialisation_on_the_screen) {
   }
 }
 
+// The end is put off there, until the locks of the image are free.
+TEST_F(StageContext, is_current_at_an_initialisation_in_a_notification_on_the_screen) {
+  Add();
+  uint32_t code = 99;
+  receiver.OnMessage([&](const std::string& name) {
+    if (name != "notification.image" || code != 99) return;
+    code = display->Initialize(&picture.record);
+    EXPECT_EQ(noted.calls, 0);
+  });
+  ASSERT_EQ(display->DisplayVideo(&picture.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return noted.calls == 2; }));
+  EXPECT_EQ(code, 0u);
+  ExpectContext();
+}
+
+// What the stage has lies on a context that is gone.
+TEST_F(StageContext, is_none_where_the_surface_is_another_one_by_then_on_the_screen) {
+  Add();
+  bool asked = false;
+  receiver.OnMessage([&](const std::string& name) {
+    if (name != "notification.image" || asked) return;
+    asked = true;
+    display->Uninitialize();
+    Window()->close();
+    EXPECT_TRUE(Window()->open());
+    EXPECT_EQ(noted.calls, 0);
+  });
+  ASSERT_EQ(display->DisplayVideo(&picture.record), 0u);
+  ASSERT_TRUE(WaitFor([this] { return noted.calls == 2; }));
+  EXPECT_NE(Surface()->Context(), nullptr);
+  EXPECT_EQ(noted.released, nullptr);
+  EXPECT_EQ(noted.destroyed, nullptr);
+}
+
 TEST_F(StageContext, is_current_at_the_end_of_use_on_the_screen) {
   Add();
   display->Uninitialize();

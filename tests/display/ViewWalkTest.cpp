@@ -262,6 +262,9 @@ class Driver : public QObject {
   }
 
   void CheckBars(Checks& checks) {
+    // Bars are enabled and disabled by a queued call; nothing else is to run, such as a painting that would
+    // bring in what was forgotten.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::User);
     const QTD::PairI range = Screen()->ScrollRange(), position = Screen()->ScrollPos();
     for (const QScrollBar* bar : parent.findChildren<QScrollBar*>()) {
       const bool across = bar->orientation() == Qt::Horizontal;

@@ -176,36 +176,6 @@ TEST_F(ScrollBarsTest, a_range_beyond_32000_is_folded) {
   viewer->setImage(nullptr, false);
 }
 
-// A host's filter on a bar, which hears of it when the bar is enabled or disabled.
-class Closing : public QObject {
- public:
-  explicit Closing(std::function<void()> hostCode) : code(std::move(hostCode)) {}
-
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() == QEvent::EnabledChange) code();
-    return QObject::eventFilter(watched, event);
-  }
-
- private:
-  std::function<void()> code;
-};
-
-TEST_F(ScrollBarsTest, a_bars_change_in_a_painting_may_close_the_window) {
-  Show(large);
-  ASSERT_TRUE(horz->isEnabled());
-  window->Screen()->setScale(20);  // the picture fits now, and nobody was told
-  int asked = 0;
-  Closing filter([&] {
-    ++asked;
-    window->close();
-  });
-  horz->installEventFilter(&filter);
-  window->render();
-  EXPECT_GT(asked, 0);
-  EXPECT_FALSE(window->isOpen());
-}
-
 TEST_F(ScrollBarsTest, a_deleted_bar_is_not_missed) {
   Show(large);
   delete vert;
