@@ -29,7 +29,7 @@ uint8_t ComponentImpl::GetComponentID() {
 
 uint32_t ComponentImpl::Compose(uint32_t code) {
   if (code == 0) return 0;
-  return 0x80000000u | static_cast<uint32_t>(componentID) << 16 | (code & 0xFFFFu);
+  return 0x80000000u | static_cast<uint32_t>(componentID) << 16 | BareCode(code);
 }
 
 uint32_t ComponentImpl::GetParameterCount() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <log4cpp/Category.hh>
 #include <mutex>
 #include <string>
@@ -11,6 +12,11 @@
 #include "ZynComponent.h"
 
 namespace QTD {
+
+// The code alone, bits 15 to 0, of an answer that `ComponentImpl::Compose` made.
+constexpr uint32_t BareCode(uint32_t answer) {
+  return answer & 0xFFFF;
+}
 
 class ComponentImpl : public ZynComponent {
  public:
@@ -39,7 +45,7 @@ class ComponentImpl : public ZynComponent {
   // Asks the handler, on the caller's thread and with `handlerLock` held: 0 go on, 1 stop.
   virtual uint32_t CallParameterHandler(bool isSet, const char* name, const std::string& value);
 
-  // 0 for code 0, else 0x80000000 | component id << 16 | code.
+  // 0 for code 0, else 0x80000000 | component id << 16 | code. `BareCode` takes the code out again.
   uint32_t Compose(uint32_t code);
 
   PROPERTIES& Parameters() { return parameters; }

@@ -29,7 +29,7 @@ class DoubleBuffer {
 
   // Reading side. Hold `SwapLock` as long as the bytes are in use.
   uint8_t* Front() const;
-  uint32_t FrontCount() const;
+  uint32_t FrontCount() const;  // for tests; nobody else asks
   uint32_t BackCount() const;
   void ClearFrontCount();
   int32_t Size() const;

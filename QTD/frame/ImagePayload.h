@@ -5,8 +5,8 @@
 
 namespace QTD {
 
-// One map for the whole library, with "code" = "processed" and "result" = "0" from the start. It has no lock
-// of its own: the display that sends it guards it with its component's lock.
+// One map for all displays, with "code" = "processed" and "result" = "0" from the start. GUI thread: no lock
+// guards it, those of the displays being different ones. Receivers get the copy that `Messenger::Send` makes.
 ARGUMENTS& ImageNotificationPayload();
 
 }  // namespace QTD

@@ -41,11 +41,6 @@ class TraceLine {
   const bool wanted;
 };
 
-// Whether a debug line would be written. Any thread.
-inline bool TraceEnabled(log4cpp::Category& category) {
-  return static_cast<bool>(TraceLine(category));
-}
-
 }  // namespace QTD
 
 // ZYN_TRACE(log, "text %d", value): a debug line. The arguments are not evaluated while debug is off.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -17,6 +18,12 @@ struct Property {
   std::string value;
 };
 
+// A row of a table of values that a list starts with, or goes back to.
+struct Default {
+  const char* name;
+  const char* value;
+};
+
 // Names are unique and never empty; the order of insertion stays, and single items are never removed. Any
 // thread may call any operation.
 class PROPERTIES {
@@ -29,6 +36,12 @@ class PROPERTIES {
   // Appends, or replaces the value when `overwrite` is set. `stored` tells whether `value` now stands in the
   // list. An empty name changes nothing, `stored` included.
   PROPERTIES& Set(std::string name, std::string value, bool overwrite = true, bool* stored = nullptr);
+  // Every row, overwriting, in the table's order.
+  template <size_t kRows>
+  PROPERTIES& SetAll(const Default (&rows)[kRows]) {
+    for (const Default& row : rows) Set(row.name, row.value);
+    return *this;
+  }
 
   // Position of the item, or end(). Good only while no other thread can append: hold `lock` or own the list.
   std::vector<Property>::iterator Find(std::string_view name);
@@ -67,7 +80,7 @@ class PROPERTIES {
   std::vector<Property> items;        // guarded by `lock`
   std::atomic<int> count{0};          // their number, so that Count needs no lock
   mutable std::recursive_mutex lock;  // guards `items`
-  std::string tag;                    // stays empty
+  std::string tag;                    // kept, and always empty
 };
 
 }  // namespace QTD

@@ -19,7 +19,7 @@ RMutex::~RMutex() {
 }
 
 RMutexLock::RMutexLock(std::recursive_mutex* lockedMutex, const char* labelText)
-    : mutex(lockedMutex), label(labelText ? labelText : "") {
+    : mutex(lockedMutex), label(labelText) {
   if (mutex) mutex->lock();
 }
 

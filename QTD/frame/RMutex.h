@@ -1,4 +1,9 @@
-// The recursive mutex of the whole library and its scope guard.
+// The recursive mutex that waits for its holder at the end, and the scope guard of recursive mutexes.
+//
+// Which mutex: an `RMutex` guards the operations of an object that may go while another thread is still
+// inside one of them, since its destructor waits. A `std::recursive_mutex` does where the owner's destructor
+// waits by itself (`WaitUntilFree`, or for the calls under way), or where nobody is left by then. A
+// `std::mutex` does for a few lines that call nothing else.
 #pragma once
 
 #include <cstdint>
@@ -24,13 +29,14 @@ class RMutex {
   void unlock() { mutex.unlock(); }
 
   std::recursive_mutex mutex;
-  std::string label;   // for a reader in a debugger; never read by the code
-  uint32_t count = 0;  // likewise
+  // Kept for a reader in a debugger; the code never reads them.
+  std::string label;
+  uint32_t count = 0;
 };
 
 class RMutexLock {
  public:
-  // Locks at once; a null mutex is allowed and locks nothing.
+  // Locks at once; a null mutex is allowed and locks nothing. The label is not copied: a literal.
   explicit RMutexLock(std::recursive_mutex* lockedMutex, const char* labelText = "");
   explicit RMutexLock(RMutex& lockedMutex, const char* labelText = "");
   ~RMutexLock();
@@ -39,8 +45,9 @@ class RMutexLock {
 
  private:
   std::recursive_mutex* mutex;
+  // Kept for a reader in a debugger; the code never reads them.
   [[maybe_unused]] std::recursive_mutex* spare = nullptr;
-  std::string label;
+  [[maybe_unused]] const char* label;
 };
 
 // Takes `mutex` by trying and yielding, never by blocking on it.

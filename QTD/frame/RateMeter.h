@@ -23,6 +23,7 @@ class RateMeter {
   double Rate() const { return rate; }
   int64_t Total() const { return total; }
   int64_t Count() const { return count; }
+  // A window that is no older than this keeps the rate as it is; 0 at first. For tests; nobody else sets one.
   void SetInterval(double milliseconds) { interval = milliseconds; }
 
  private:

@@ -41,7 +41,7 @@ class Thread {
   // From `Start` to the end of `Run`. Unless the thread was abandoned, it has returned from its last call of
   // an operation before this turns false; so to poll it is as good as `Wait`.
   bool IsRunning() const;
-  uint32_t ExitCode() const { return exitCode; }
+  uint32_t ExitCode() const { return exitCode; }  // for tests; nobody else asks
 
  protected:
   // Whether the passes of `Loop` exclude `RequestStop`. A class whose `Loop` calls foreign code says `no`: it

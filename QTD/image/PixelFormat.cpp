@@ -79,10 +79,14 @@ uint32_t CodeOfDepth(const DepthCodes (&codes)[N], int32_t depth, bool second) {
   return 0;
 }
 
-// Row number of the GR order, with the group above it, by depth; the last row is for all other depths.
-constexpr DepthCodes kBayerLowHalves[] = {
+// The GR order, of which the low half counts: group and row number.
+constexpr DepthCodes kBayerCodes[] = {
     // plain, "usb"
-    {10, 0x0211, 0x2219}, {12, 0x0315, 0x2321}, {14, 0x0429, 0}, {16, 0x052D, 0}, {kOtherDepth, 0x010D, 0},
+    {10, ZYN_PIXEL_BAYERGR10, ZYN_PIXEL_BAYERGR10P},
+    {12, ZYN_PIXEL_BAYERGR12, ZYN_PIXEL_BAYERGR12P},
+    {14, ZYN_PIXEL_BAYERGR14, 0},
+    {16, ZYN_PIXEL_BAYERGR16, 0},
+    {kOtherDepth, ZYN_PIXEL_BAYERGR8, 0},
 };
 
 // Family byte 1, and a storage byte that can differ from the table's: of such a code only the storage byte
@@ -93,7 +97,7 @@ uint32_t EncodeBayer(uint32_t pattern, int32_t depth, bool usb) {
   if (pattern >= std::size(kOrderOffsets)) return 0;
   const bool deep = depth > 8;
   const uint32_t top = !deep ? 0x01080000 : usb ? 0x010C0000 : 0x01100000;
-  const uint32_t low = CodeOfDepth(kBayerLowHalves, depth, deep && usb);
+  const uint32_t low = CodeOfDepth(kBayerCodes, depth, deep && usb) & 0xFFFF;
   return low == 0 ? top
                   : top | (low + kOrderOffsets[pattern]);  // a deep "usb" format without rows: bare top bytes
 }
@@ -156,18 +160,15 @@ void PixelFormat::Decode(uint32_t code) {
 }
 
 void PixelFormat::DecodeBayer(int position) {
-  constexpr int kPacked = 20;  // from here on 10Packed, 12Packed, 10p, 12p
-  constexpr int kUsb10 = 28;
-  constexpr int kUsb12 = 32;
   constexpr uint32_t kPackedPatterns[] = {0, 1, 3, 2};  // listed GR, RG, GB, BG
-  if (position < kPacked) {
+  if (position < kFirstPackedBayer) {
     family = Bayer;
     pattern = static_cast<uint32_t>(position % 4);
     depth = 8 + 2 * (position / 4);
-  } else if (position >= kUsb10) {
+  } else if (position >= kFirst10pBayer) {  // not 10Packed and 12Packed
     family = Bayer;
     pattern = kPackedPatterns[position % 4];
-    depth = position < kUsb12 ? 10 : 12;
+    depth = position < kFirst12pBayer ? 10 : 12;
     packing = kUsb;
   }
 }
@@ -193,18 +194,21 @@ void PixelFormat::DecodeByGroup(uint32_t code) {
   }
 }
 
+bool PixelFormat::IsBitStream() const {
+  return packing == kUsb;
+}
+
 uint32_t PixelFormat::Encode() const {
-  const bool usb = packing == kUsb;
   switch (family) {
     case Mono:
-      return CodeOfDepth(kMonoCodes, depth, usb);
+      return CodeOfDepth(kMonoCodes, depth, IsBitStream());
     case Rgb:
       return CodeOfDepth(kRgbCodes, depth, pattern != 0);
     case Rgba:
       if (depth != 8) return 0;
       return pattern != 0 ? ZYN_PIXEL_BGRA8 : ZYN_PIXEL_RGBA8;
     case Bayer:
-      return EncodeBayer(pattern, depth, usb);
+      return EncodeBayer(pattern, depth, IsBitStream());
     case TrueSense:
       return EncodeTrueSense(pattern, depth);
     case Yuv:
@@ -218,7 +222,7 @@ int PixelFormat::LineBytes(int width) const {
   if (width < 1) return 0;
   const int64_t pixels = width;
   int64_t bytes;
-  if (packing == kUsb) {
+  if (IsBitStream()) {
     bytes = depth == 10 ? pixels * 5 / 4 : pixels * 3 / 2;
   } else {
     const int64_t container = depth == 8 ? 8 : 16;

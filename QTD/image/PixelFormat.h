@@ -23,6 +23,7 @@ class PixelFormat {
   uint32_t Encode() const;
   int LineBytes(int width) const;           // bytes of one source line; 0 for a width below 1
   double ColorScale(int targetBits) const;  // factor from the format's depth to the target's
+  bool IsBitStream() const;                 // whether samples follow each other bit by bit: the p formats
   void SetDefault();                        // monochrome, 8 bits
   void Clear();                             // unknown, 0 bits
 
@@ -30,7 +31,8 @@ class PixelFormat {
   // RGB: 1 for BGR; Bayer: GR, RG, BG, GB; TrueSense: the position in the list of one depth.
   uint32_t pattern = 0;
   int32_t depth = 0;
-  std::string packing;  // "usb" for the formats whose samples follow each other bit by bit
+  std::string packing;  // "usb" for bit streams, which USB3 cameras deliver; otherwise empty
+  // Kept and never filled.
   PROPERTIES properties;
   std::string text;
 

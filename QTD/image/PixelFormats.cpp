@@ -83,7 +83,10 @@ static_assert(std::size(kPacked) == 20 && std::size(kUnpacked) == 20 && std::siz
 static_assert(std::size(kBayer) == 36 && std::size(kTrueSense8) == 16 && std::size(kTrueSenseDeep) == 48,
               "list sizes");
 
-constexpr int kPlainBayers = 20;  // positions from here on are packed codes
+static_assert(kBayer[kFirstPackedBayer] == ZYN_PIXEL_BAYERGR10PACKED &&
+                  kBayer[kFirst10pBayer] == ZYN_PIXEL_BAYERGR10P &&
+                  kBayer[kFirst12pBayer] == ZYN_PIXEL_BAYERGR12P,
+              "positions");
 
 constexpr uint32_t kTrueSenseEightBits = 0x80000;  // the bit of a code that chooses the list
 
@@ -139,6 +142,15 @@ bool IsTrueSenseFormat(uint32_t pixelType) {
 bool IsYuvFormat(uint32_t pixelType) {
   return Contains(kYuv, pixelType);
 }
+bool IsUyvyFormat(uint32_t pixelType) {
+  return pixelType == ZYN_PIXEL_YUV422_8_UYVY;
+}
+bool IsTransportFormat(uint32_t pixelType) {
+  return IsPackedFormat(pixelType) || IsUyvyFormat(pixelType);
+}
+bool IsPictureFormat(uint32_t pixelType) {
+  return !IsTransportFormat(pixelType) && !IsCfaFormat(pixelType);
+}
 
 uint32_t UnpackedFormat(uint32_t pixelType) {
   const int position = IndexOf(kPacked, pixelType);
@@ -148,7 +160,7 @@ uint32_t UnpackedFormat(uint32_t pixelType) {
 uint32_t DemosaicedFormat(uint32_t pixelType, bool bgr) {
   const int position = BayerPosition(pixelType);
   if (position < 0) return pixelType;
-  if (position >= kPlainBayers) return 0;
+  if (position >= kFirstPackedBayer) return 0;
   return (bgr ? kBgr : kRgb)[position / 4];
 }
 

@@ -18,8 +18,8 @@ struct PixelRow {
 
 constexpr uint32_t kPixelRows = 133;
 
-const PixelRow* FindPixelRow(uint32_t pixelType);  // by the low byte alone; null when unknown
-const PixelRow* FindPixelRowByName(const char* name);
+const PixelRow* FindPixelRow(uint32_t pixelType);      // by the low byte alone; null when unknown
+const PixelRow* FindPixelRowByName(const char* name);  // by the whole name, as written in the table
 
 inline uint32_t PixelGroup(uint32_t pixelType) {
   return pixelType & 0xFF00;
@@ -36,6 +36,12 @@ bool IsBayerFormat(uint32_t pixelType);
 bool IsCfaFormat(uint32_t pixelType);
 bool IsTrueSenseFormat(uint32_t pixelType);
 bool IsYuvFormat(uint32_t pixelType);
+bool IsUyvyFormat(uint32_t pixelType);  // "YUV422_8_UYVY" alone
+
+// What the head of a chain turns into whole samples first: the packed formats and UYVY.
+bool IsTransportFormat(uint32_t pixelType);
+// Whether the stages that work on pixels take it: anything but transport formats and mosaics.
+bool IsPictureFormat(uint32_t pixelType);
 
 uint32_t UnpackedFormat(uint32_t pixelType);              // others map to themselves
 uint32_t DemosaicedFormat(uint32_t pixelType, bool bgr);  // packed Bayer codes: 0; others map to themselves
@@ -44,9 +50,13 @@ uint32_t EightBitFormat(
 
 // Positions in the ordered sets, -1 when not a member.
 
-// 36 codes: the plain ones by depth 8 to 16, each GR, RG, BG, GB; from 20 on 10Packed, 12Packed, 10p and 12p,
-// each GR, RG, GB, BG.
+// 36 codes: the plain ones by depth 8 to 16, each GR, RG, BG, GB; then 10Packed, 12Packed, 10p and 12p, each
+// GR, RG, GB, BG.
 int BayerPosition(uint32_t pixelType);
+constexpr int kFirstPackedBayer = 20;  // the position of BayerGR10Packed
+constexpr int kFirst10pBayer = 28;     // BayerGR10p
+constexpr int kFirst12pBayer = 32;     // BayerGR12p
+
 int TrueSensePosition(uint32_t pixelType);  // in the list of 16 or of 48
 // The inverse of `TrueSensePosition`; 0 where the list has no such position.
 uint32_t TrueSenseCode(bool eightBits, int position);

@@ -19,7 +19,8 @@ class QTDImageParser : public QTD::TextParser {
   std::string Parse(const char* text) override;
 
   // Repairs '%' sequences in time and date placeholders of `text`; true when nothing had to be repaired.
-  // `cleanFileName` also blanks what a file name can't hold, in the whole text.
+  // `cleanFileName` also blanks what a file name can't hold, in the whole text. `ignored` is kept, and no
+  // value of it makes a difference.
   virtual bool ValidateTime(std::string& text, int ignored, bool cleanFileName);
   // The text for one placeholder body.
   virtual std::string ExpandToken(const char* token, const char* fallback);

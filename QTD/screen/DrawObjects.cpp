@@ -13,11 +13,6 @@ namespace {
 
 constexpr int kSerialEnd = 1000000;  // the serial behind 999999 is 1
 
-struct Default {
-  const char* name;
-  const char* value;
-};
-
 constexpr Default kDefaults[] = {
     {"back.mode", "0"}, {"line.clr", "0"}, {"line.width", "1"}, {"text.clr", "0"}, {"text.font", "default"},
 };
@@ -36,7 +31,7 @@ class BothLocks {
 }  // namespace
 
 DrawObjects::DrawObjects() : parser(new QTDImageParser), color(116, 12, 24) {
-  for (const Default& entry : kDefaults) defaults.Set(entry.name, entry.value);
+  defaults.SetAll(kDefaults);
 }
 
 DrawObjects::~DrawObjects() {

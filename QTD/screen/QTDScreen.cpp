@@ -29,18 +29,13 @@ constexpr int kMaxRounds = 10;
 constexpr double kLeastPixelRatio = 0.01;
 constexpr double kMostPixelRatio = 100;
 
-struct Default {
-  const char* name;
-  const char* value;
-};
-
-constexpr Default kDefaults[] = {
+constexpr QTD::Default kDefaults[] = {
     {"screen.min", "60"},     // least length in window pixels of the picture's shorter side
     {"screen.max", "40000"},  // greatest length in window pixels of its longer side
     {"scroll.max", "32000"},  // greatest value that a scroll bar sees
     {"scroll.horz", "1"},     // picture pixels per scroll-bar step
     {"scroll.vert", "1"},     // likewise
-    {"fit", "3"},             // 0 free, 1 fit, 2 fill, 3 one to one
+    {"fit", "3"},             // a FitMode: one to one
     {"scale", "1.000000"},    // mirror of the field
     {"move.by", "0.100000"},  // share of a window that an arrow key moves
     {"zoom.align", "1"},      // 1: zoom steps follow the ladder; else they multiply by "zoom.coef"
@@ -83,7 +78,7 @@ double Fold(int32_t& range, int32_t& position, int limit) {
 }  // namespace
 
 QTDScreen::QTDScreen(QTDSurface* targetSurface) : surface(targetSurface) {
-  for (const Default& entry : kDefaults) properties.Set(entry.name, entry.value);
+  properties.SetAll(kDefaults);
 }
 
 QTDScreen::~QTDScreen() {

@@ -17,7 +17,7 @@ namespace QTD {
 
 class CommandProcessor;
 
-// The modes of `setFit`.
+// The modes of `setFit`, and the values of "fit".
 enum FitMode : int { kFitFree = 0, kFitWhole = 1, kFitFill = 2, kFitOneToOne = 3 };
 
 struct RectI {
@@ -58,7 +58,7 @@ class QTDScreen {
   // True when it lay on the picture. An unknown target leaves fractions of the picture in `x` and `y`.
   virtual bool transform(double* x, double* y, const char* csSrc, const char* csDst, bool position,
                          bool clamp);
-  virtual void setFit(int mode, bool apply);  // 0 free, 1 fit, 2 fill, 3 one to one
+  virtual void setFit(int mode, bool apply);  // a FitMode; other numbers count as the nearest one
   virtual bool isReady();                     // the window has a size
 
   // Device pixels to one window pixel, 1 at first; values that no window can have are ignored. One to one,
@@ -66,7 +66,9 @@ class QTDScreen {
   // counted in window pixels.
   void setPixelRatio(double ratio);
 
-  void setScale(double newScale);  // held in its limits; tells nobody, unlike all that follow
+  // Held in the limits that "screen.min" and "screen.max" set. Tells nobody; the operations that a step, a
+  // rectangle or a centre is given to do.
+  void setScale(double newScale);
   // One step. A probe changes nothing and answers whether the step would change the scale.
   bool zoom(bool in, double coef, bool probe);
   void zoomToRect(const QTD::RectI& rect, bool in);
@@ -96,7 +98,7 @@ class QTDScreen {
   QTD::PairI ScrollRange();
   QTD::RectD Picture();
 
-  QTD::PROPERTIES properties;  // keys: "fit", "scale", "color", "screen.min", ... each with its default
+  QTD::PROPERTIES properties;  // "fit", "screen.min", ...: each with its default and meaning in `kDefaults`
 
  protected:
   bool update();

@@ -28,7 +28,7 @@ double CoefficientScale(double scale, bool in, double coef) {
   return scale * (in ? GuardedDivide(1, coef) : coef);
 }
 
-// Clears a flag for the length of a scope.
+// Clears a flag for the length of a scope, and puts back what it was before.
 class Cleared {
  public:
   explicit Cleared(bool& clearedFlag) : flag(clearedFlag), before(std::exchange(clearedFlag, false)) {}
@@ -58,7 +58,7 @@ bool QTDScreen::zoom(bool in, double coef, bool probe) {
       wanted = QTD::HeldScale(wanted, properties.GetDouble("scale.min", "0"),
                               properties.GetDouble("scale.max", "0"));
     } else {
-      properties.Set("fit", QTD::ToText(0));
+      properties.Set("fit", QTD::ToText(QTD::kFitFree));
       setScale(wanted);
       notifyChanged(record);
     }
@@ -80,7 +80,7 @@ void QTDScreen::zoomToRect(const QTD::RectI& rect, bool in) {
     savePosition(record);
     {
       const Cleared silent(notify);
-      properties.Set("fit", QTD::ToText(0));
+      properties.Set("fit", QTD::ToText(QTD::kFitFree));
       setScale(scale * (in ? GuardedDivide(1, ratio) : ratio));
       centerAt(fx, fy);
     }

@@ -7,11 +7,6 @@
 namespace QTD {
 namespace {
 
-struct Default {
-  const char* name;
-  const char* value;
-};
-
 // How a new object is drawn, where the command does not say.
 constexpr Default kTextStyle[] = {{"text.font", "default"}, {"text.clr", "0"}};
 constexpr Default kRectStyle[] = {{"line.width", "1"}, {"line.clr", "0"}};

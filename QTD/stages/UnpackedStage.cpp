@@ -5,6 +5,7 @@
 
 #include "QTD/frame/LivePointers.h"
 #include "QTD/image/ImageProcessorData.h"
+#include "QTD/image/StageAnswers.h"
 
 namespace QTD {
 
@@ -13,15 +14,6 @@ namespace {
 constexpr std::chrono::microseconds kTurn{50};
 
 using Chains = LivePointers<ZynComponent>;
-
-template <typename Ask>
-const ZynImage* Answer(ZynImgProcessor* stage, const Ask& ask) {
-  try {
-    return stage ? ask(*stage) : nullptr;
-  } catch (...) {  // a host's stage
-    return nullptr;
-  }
-}
 
 }  // namespace
 
@@ -82,12 +74,20 @@ bool UnpackedStage::Lock(ZynComponent& component) {
   return true;
 }
 
-const ZynImage* UnpackedStage::Out() const {
-  return Answer(stage, [](ZynImgProcessor& asked) { return asked.Out(); });
+const ZynImage* UnpackedStage::Out(RecordHold& hold) const {
+  try {
+    return stage ? HeldOutOf(*stage, hold) : nullptr;
+  } catch (...) {  // a host's stage
+    return nullptr;
+  }
 }
 
-const ZynImage* UnpackedStage::Info(bool source) const {
-  return Answer(stage, [source](ZynImgProcessor& asked) { return asked.GetImageInfo(source); });
+std::optional<ZynImage> UnpackedStage::Info(bool source) const {
+  try {
+    return stage ? CopiedInfoOf(*stage, source) : std::nullopt;
+  } catch (...) {  // a host's stage
+    return std::nullopt;
+  }
 }
 
 void UnpackedStage::Enable(bool on) const {

@@ -3,7 +3,9 @@
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 
+#include "QTD/image/HeldRecords.h"
 #include "QTD/image/StageKeeper.h"
 #include "ZynComponent.h"
 #include "ZynImgProcessor.h"
@@ -44,10 +46,10 @@ class UnpackedStage {
 
   ZynImgProcessor* Stage() const { return stage; }
 
-  // What the stage answers, null without one and where it throws. It may be a host's: to be asked before the
-  // coloration takes its own lock, which another thread may need for the answer.
-  const ZynImage* Out() const;
-  const ZynImage* Info(bool source) const;
+  // What the stage answers, nothing without one and where it throws. It may be a host's: to be asked before
+  // the coloration takes its own lock, which another thread may need for the answer.
+  const ZynImage* Out(RecordHold& hold) const;  // good as long as it is held
+  std::optional<ZynImage> Info(bool source) const;
   void Enable(bool on) const;
 
  private:

@@ -13,11 +13,6 @@ namespace {
 
 constexpr const char* kMethodKey = "BayerAlgType";
 
-// The component's codes say nothing above their low half.
-bool Failed(uint32_t componentCode) {
-  return (componentCode & 0xFFFF) != 0;
-}
-
 // What a component may rely on: an image like the prepared one, whose lines lie within its buffer.
 bool IsLike(const ZynImage& image, const ZynImage& prepared) {
   return image.imageData && image.pixelType == prepared.pixelType && image.width == prepared.width &&
@@ -125,7 +120,7 @@ uint32_t CPUIPBayer::PrepareInterpolation(const ZynImage& source, const Method& 
   if (!component || !method.readable) return ZYN_ERR_FAILED;
   component->SetParameterInt(kMethodKey, method.value);
   try {
-    if (Failed(interpolation->Init(&source, outputImage))) return QTD::kStageNoMemory;
+    if (QTD::BareCode(interpolation->Init(&source, outputImage)) != 0) return QTD::kStageNoMemory;
   } catch (...) {  // a failure of the component, like any other
     return QTD::kStageNoMemory;
   }
@@ -151,7 +146,7 @@ uint32_t CPUIPBayer::Run(const ZynImage* source, ZynImage* output) {
   if (target->imageSize != outputImage->imageSize || !target->imageData) return ZYN_ERR_BAD_ARGUMENT;
   // What a component would have to refuse is not handed to it.
   if (!source || !IsLike(*source, *sourceInfo) || !IsLike(*target, *outputImage)) return QTD::kStageNoMemory;
-  if (Failed(interpolation->ProcessImage(source, target))) return QTD::kStageNoMemory;
+  if (QTD::BareCode(interpolation->ProcessImage(source, target)) != 0) return QTD::kStageNoMemory;
   target->imageID = source->imageID;
   out = target;
   return 0;

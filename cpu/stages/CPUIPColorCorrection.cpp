@@ -9,7 +9,6 @@
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/image/PixelFormats.h"
-#include "ZynPixelFormat.h"
 #include "cpu/stages/CorrectionStep.h"
 
 namespace {
@@ -116,8 +115,7 @@ uint32_t CPUIPColorCorrection::Init(const ZynImage* source, const ZynImage*) {
 uint32_t CPUIPColorCorrection::Prepare(const ZynImage& source) {
   if (source.width == 0 || source.height == 0) return ZYN_ERR_BAD_ARGUMENT;
   const uint32_t code = source.pixelType;
-  if (QTD::IsPackedFormat(code) || QTD::IsCfaFormat(code) || code == ZYN_PIXEL_YUV422_8_UYVY)
-    return QTD::kStageFormat;
+  if (!QTD::IsPictureFormat(code)) return QTD::kStageFormat;
 
   if (source.height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) return QTD::kStageNoMemory;
   const auto height = static_cast<int32_t>(source.height);

@@ -10,19 +10,13 @@
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/image/PixelFormats.h"
-#include "ZynPixelFormat.h"
 #include "cpu/stages/CPUIPImage.h"
 #include "cpu/stages/ColorationKernels.h"
 
 namespace {
 
-struct Default {
-  const char* name;
-  const char* value;
-};
-
 // In the order in which they are written back: thresholds first.
-constexpr Default kDefaults[] = {
+constexpr QTD::Default kDefaults[] = {
     {"thres.lo", "-1"}, {"thres.hi", "-1"}, {"color.lo", "65280"}, {"color.hi", "255"}};
 
 constexpr uint32_t kPictureBits = 24;
@@ -91,16 +85,13 @@ bool CPUIPExposureColoration::Enable(bool on) {
 
 uint32_t CPUIPExposureColoration::Init(const ZynImage* source, const ZynImage*) {
   const QTD::UnpackedStage unpacked(link);
-  const ZynImage* const values = unpacked.Info(false);
+  const std::optional<ZynImage> values = unpacked.Info(false);
   const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
   Release();
   if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
-  if (QTD::IsPackedFormat(format.pixelType) || QTD::IsCfaFormat(format.pixelType) ||
-      format.pixelType == ZYN_PIXEL_YUV422_8_UYVY) {
-    return Finish(QTD::kStageFormat);
-  }
+  if (!QTD::IsPictureFormat(format.pixelType)) return Finish(QTD::kStageFormat);
   if (format.height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) {
     return Finish(QTD::kStageNoMemory);
   }
@@ -133,7 +124,7 @@ void CPUIPExposureColoration::ReadParameters(const ZynImage& values) {
 }
 
 // Reads the parameters against what the stage puts out; answers whether this stage is ready.
-bool CPUIPExposureColoration::Apply(const ZynImage* values) {
+bool CPUIPExposureColoration::Apply(const std::optional<ZynImage>& values) {
   if (values) {
     ReadParameters(*values);
   } else {
@@ -148,7 +139,7 @@ uint32_t CPUIPExposureColoration::ExecuteCommand(const char* command) {
   const std::string wanted = command ? command : "";
   if (wanted == "params.apply") {
     const QTD::UnpackedStage unpacked(link);
-    const ZynImage* const values = unpacked.Info(false);
+    const std::optional<ZynImage> values = unpacked.Info(false);
     const QTD::RMutexLock guard(lock);
     return Finish(Apply(values) ? 0u : uint32_t{ZYN_ERR_FAILED});
   }
@@ -159,7 +150,7 @@ uint32_t CPUIPExposureColoration::ExecuteCommand(const char* command) {
 }
 
 void CPUIPExposureColoration::ResetParameters() {
-  for (const Default& entry : kDefaults) parameters.Set(entry.name, entry.value);
+  parameters.SetAll(kDefaults);
   ready = false;
 }
 
@@ -172,12 +163,12 @@ uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS
   }
   if (wanted != "cmd.params.apply" || !args) return 0;
   const QTD::UnpackedStage unpacked(link);
-  const ZynImage* const values = unpacked.Info(false);
+  const std::optional<ZynImage> values = unpacked.Info(false);
   const QTD::RMutexLock guard(lock);
   QTD::ArgumentView view(args);
   int numbers[4];
   for (size_t n = 0; n < 4; ++n) {
-    const Default& entry = kDefaults[n];
+    const QTD::Default& entry = kDefaults[n];
     numbers[n] = view.GetInt(entry.name, parameters.GetString(entry.name, entry.value));
   }
   for (size_t n = 0; n < 4; ++n) parameters.Set(kDefaults[n].name, QTD::ToText(numbers[n]));
@@ -188,8 +179,9 @@ uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS
 
 uint32_t CPUIPExposureColoration::ProcessImage(const ZynImage* source, ZynImage*, void*) {
   const QTD::UnpackedStage unpacked(link);
-  const ZynImage* const result = unpacked.Out();
-  const ZynImage* const info = unpacked.Info(false);
+  QTD::RecordHold hold;
+  const ZynImage* const result = unpacked.Out(hold);
+  const std::optional<ZynImage> info = unpacked.Info(false);
   const QTD::RMutexLock guard(lock);
   out = nullptr;
   try {
@@ -201,7 +193,7 @@ uint32_t CPUIPExposureColoration::ProcessImage(const ZynImage* source, ZynImage*
 }
 
 uint32_t CPUIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* unpacked,
-                                      const ZynImage* result, const ZynImage* info) {
+                                      const ZynImage* result, const std::optional<ZynImage>& info) {
   if (!source || !source->imageData || !HasPicture(result)) return ZYN_ERR_BAD_ARGUMENT;
   if (IsEnabled()) {
     KeepValues(unpacked, true);  // from the next image on, should nobody have asked for it yet
@@ -217,7 +209,8 @@ uint32_t CPUIPExposureColoration::Run(const ZynImage* source, ZynImgProcessor* u
     const int64_t range = int64_t{1} << std::min(source->bitDepth, 32u);
     if (lowThreshold > 0 || highThreshold < range) {
       auto* const image = dynamic_cast<CPUIPImage*>(unpacked);
-      const ZynImage* const untouched = image ? image->Untouched() : nullptr;
+      QTD::RecordHold hold;
+      const ZynImage* const untouched = image ? image->Untouched(hold) : nullptr;
       if (const uint32_t code = MarkPicture(*source, untouched ? *untouched : *result)) return code;
     }
   }

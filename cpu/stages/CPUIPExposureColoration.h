@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "QTD/stages/Stage.h"
 #include "QTD/stages/UnpackedStage.h"
@@ -32,10 +33,10 @@ class CPUIPExposureColoration : public QTD::Stage<ZynDisplayCPU::ExposureColorat
 
  private:
   void ReadParameters(const ZynImage& values);
-  bool Apply(const ZynImage* values);
+  bool Apply(const std::optional<ZynImage>& values);
   void ResetParameters();
   uint32_t Run(const ZynImage* source, ZynImgProcessor* unpacked, const ZynImage* result,
-               const ZynImage* info);
+               const std::optional<ZynImage>& info);
   uint32_t MarkPicture(ZynImage picture, ZynImage values);
 
   // Guarded by `lock`.

@@ -6,7 +6,6 @@
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/image/PixelFormats.h"
-#include "ZynPixelFormat.h"
 
 namespace {
 
@@ -30,46 +29,31 @@ void ZynDisplayCPU::Image::DeleteComponent(ZynImgProcessor* stage) {
   delete stage;
 }
 
-CPUIPImage::CPUIPImage(ZynComponent* parentComponent) : QTD::ImageProcessorData(parentComponent) {
-  name = "image.cpu";
-  parameters.Set("class", "CPUIPImage");
-}
+CPUIPImage::CPUIPImage(ZynComponent* parentComponent) : Stage(parentComponent, "image.cpu", "CPUIPImage") {}
 
 CPUIPImage::~CPUIPImage() {
   EndParameterCalls();
   CPUIPImage::Release();
 }
 
-ZynComponent* CPUIPImage::GetComponent() {
-  return this;
-}
 ZynImage* CPUIPImage::Out() {
   const QTD::RMutexLock guard(componentLock);
-  return QTD::ImageProcessorData::Out();
+  return out;
 }
 ZynImage* CPUIPImage::GetImageInfo(bool source) {
   const QTD::RMutexLock guard(componentLock);
-  return QTD::ImageProcessorData::GetImageInfo(source);
-}
-bool CPUIPImage::Enable(bool on) {
-  return QTD::ImageProcessorData::Enable(on);
-}
-bool CPUIPImage::IsEnabled() {
-  return QTD::ImageProcessorData::IsEnabled();
+  return source || !outputInfo ? sourceInfo : outputInfo;
 }
 
 void CPUIPImage::KeepUntouched(bool on) {
   const QTD::RMutexLock guard(componentLock);
   untouched.SetWanted(on);
 }
-const ZynImage* CPUIPImage::Untouched() {
+const ZynImage* CPUIPImage::Untouched(QTD::RecordHold& hold) {
   const QTD::RMutexLock guard(componentLock);
+  QTD::RecordHold taken(untouched.Image());
+  hold.Swap(taken);
   return untouched.Image();
-}
-
-uint32_t CPUIPImage::Refuse(uint32_t code) {
-  lastError = code;
-  return Compose(code);
 }
 
 void CPUIPImage::Release() {
@@ -91,7 +75,7 @@ uint32_t CPUIPImage::Init(const ZynImage* source, const ZynImage* output) {
   const ZynImage format = source ? *source : ZynImage{};
   const ZynImage wanted = output ? *output : ZynImage{};
   Release();
-  if (format.width == 0 || format.height == 0) return Refuse(ZYN_ERR_BAD_ARGUMENT);
+  if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
 
   uint32_t targetType = wanted.pixelType;
   uint32_t targetDepth = wanted.bitDepth;
@@ -102,9 +86,7 @@ uint32_t CPUIPImage::Init(const ZynImage* source, const ZynImage* output) {
     const bool reduced = toBytes && format.bitDepth > kByteDepth;
     targetType = reduced ? QTD::EightBitFormat(format.pixelType) : format.pixelType;
   }
-  if (QTD::IsPackedFormat(format.pixelType) || format.pixelType == ZYN_PIXEL_YUV422_8_UYVY) {
-    return Refuse(QTD::kStageFormat);
-  }
+  if (QTD::IsTransportFormat(format.pixelType)) return Finish(QTD::kStageFormat);
   const QTD::RMutexLock guard(componentLock);
   lastError =
       Prepare(format, targetType, StepsBetween(format.pixelType, format.bitDepth, targetType, targetDepth));
@@ -114,7 +96,7 @@ uint32_t CPUIPImage::Init(const ZynImage* source, const ZynImage* output) {
 }
 
 uint32_t CPUIPImage::Prepare(const ZynImage& source, uint32_t targetType, const ConversionSteps& steps) {
-  const bool flip = (source.origin == 1) != parameters.GetBool("image.flip.vert", "0");
+  const bool flip = IsFlipped(source);
   const bool external = parameters.GetBool("external", "0");
   if (source.height > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) return QTD::kStageNoMemory;
   const auto height = static_cast<int32_t>(source.height);
@@ -154,11 +136,11 @@ uint32_t CPUIPImage::ProcessImage(const ZynImage* source, ZynImage* output, void
     // Whoever counts on the copy must not read changed values instead.
     if (!untouched.Take(code == 0 ? out : nullptr)) {
       out = nullptr;
-      return Refuse(ZYN_ERR_FAILED);
+      return Finish(ZYN_ERR_FAILED);
     }
-    return Refuse(code);
+    return Finish(code);
   } catch (...) {
-    return Refuse(ZYN_ERR_FAILED);
+    return Finish(ZYN_ERR_FAILED);
   }
 }
 

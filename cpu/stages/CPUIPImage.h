@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "QTD/frame/ComponentImpl.h"
 #include "QTD/frame/RMutex.h"
-#include "QTD/image/ImageProcessorData.h"
+#include "QTD/image/HeldRecords.h"
+#include "QTD/stages/Stage.h"
 #include "ZynDisplay.h"
 #include "cpu/stages/ImageConversion.h"
 #include "cpu/stages/UntouchedCopy.h"
@@ -16,7 +16,7 @@
 //
 // Any thread may call any operation. The information records and the output image live until the next `Init`
 // or `Release`.
-class CPUIPImage : public ZynDisplayCPU::Image, public QTD::ImageProcessorData, public QTD::ComponentImpl {
+class CPUIPImage : public QTD::Stage<ZynDisplayCPU::Image> {
  public:
   explicit CPUIPImage(ZynComponent* parentComponent);
   ~CPUIPImage() override;
@@ -25,21 +25,18 @@ class CPUIPImage : public ZynDisplayCPU::Image, public QTD::ImageProcessorData, 
   // A failed conversion leaves the target as it was, and `Out` gives that target all the same.
   uint32_t ProcessImage(const ZynImage* source, ZynImage* output, void* data) override;
   void Release() override;
-  ZynComponent* GetComponent() override;
+  // Under the lock that guards them here, not the stage's.
   ZynImage* Out() override;
   ZynImage* GetImageInfo(bool source) override;
-  bool Enable(bool on) override;
-  bool IsEnabled() override;
 
   // Asks for a copy of each result, which later stages that work in place do not reach; `Release` takes that
   // back. There is none of mosaics, as nothing works in place on them.
   void KeepUntouched(bool on);
-  // The copy of the last result, null when there is none; lives as long as `Out`.
-  const ZynImage* Untouched();
+  // The copy of the last result, null when there is none; good as long as it is held.
+  const ZynImage* Untouched(QTD::RecordHold& hold);
 
  private:
   enum ConversionFlag : uint32_t { kSwap = 1, kReduce = 2, kToColour = 4 };
-  uint32_t Refuse(uint32_t code);
   uint32_t Prepare(const ZynImage& source, uint32_t targetType, const ConversionSteps& steps);
   uint32_t SelectTarget(ZynImage* output, ZynImage** target);
   uint32_t Run(const ZynImage* source, ZynImage* output);

@@ -9,7 +9,6 @@
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/image/PixelFormats.h"
-#include "ZynPixelFormat.h"
 
 namespace {
 
@@ -76,10 +75,7 @@ uint32_t CPUIPImageOverlay::Init(const ZynImage* source, const ZynImage*) {
   const ZynImage format = source ? *source : ZynImage{};
   Release();
   if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
-  if (QTD::IsPackedFormat(format.pixelType) || QTD::IsCfaFormat(format.pixelType) ||
-      format.pixelType == ZYN_PIXEL_YUV422_8_UYVY) {
-    return Finish(QTD::kStageFormat);
-  }
+  if (!QTD::IsPictureFormat(format.pixelType)) return Finish(QTD::kStageFormat);
   uint32_t code = QTD::kStageNoMemory;
   try {
     code = Prepare(format);

@@ -4,6 +4,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "QTD/image/ImageRecord.h"
+#include "QTD/image/PixelFormats.h"
 #include "ZynPixelFormat.h"
 
 namespace {
@@ -51,7 +52,7 @@ CPUIPYUV2RGB::CPUIPYUV2RGB(ZynComponent* parentComponent)
     : OwnImageStage(parentComponent, "yuv2rgb.cpu", "CPUIPYUV2RGB") {}
 
 bool CPUIPYUV2RGB::Takes(uint32_t pixelType) const {
-  return pixelType == ZYN_PIXEL_YUV422_8_UYVY;
+  return QTD::IsUyvyFormat(pixelType);
 }
 uint32_t CPUIPYUV2RGB::ResultType(uint32_t) const {
   return ZYN_PIXEL_RGB8;

@@ -39,7 +39,7 @@ class ColorLUT {
   int32_t size = 0;
   int32_t channels = 1;
   std::array<std::unique_ptr<uint32_t[]>, kMostChannels> tables;  // `size + 1` entries each
-  // Identity tables of the same size; nothing reads them.
+  // Kept: identity tables of the same size, which nothing reads.
   std::array<std::unique_ptr<uint32_t[]>, kMostChannels> spareTables;
 
  private:

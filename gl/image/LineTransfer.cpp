@@ -48,6 +48,7 @@ void UploadLines(QGLSurface& surface, const GLPixels& pixels, int width, int hei
   // One line has no other to step to.
   if (height == 1) pitch = static_cast<uint32_t>(pixels.LineBytes(static_cast<uint32_t>(width)));
   const Stepping stepping = SteppingOf(pixels, width, pitch);
+  surface.glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);  // a host's stage may have left one: `data` is an address
   surface.glPixelStorei(GL_UNPACK_ALIGNMENT, stepping.alignment);
   surface.glPixelStorei(GL_UNPACK_ROW_LENGTH, stepping.rowLength);
   if (stepping.oneByOne) {
@@ -65,6 +66,7 @@ void UploadLines(QGLSurface& surface, const GLPixels& pixels, int width, int hei
 void ReadLines(QGLSurface& surface, const GLPixels& pixels, int width, int height, uint8_t* data,
                uint64_t pitch) {
   const Stepping stepping = SteppingOf(pixels, width, pitch);
+  surface.glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
   surface.glPixelStorei(GL_PACK_ALIGNMENT, stepping.alignment);
   surface.glPixelStorei(GL_PACK_ROW_LENGTH, stepping.rowLength);
   if (stepping.oneByOne) {

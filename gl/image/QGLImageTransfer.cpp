@@ -18,10 +18,15 @@ bool MirrorLines(const ZynImage& image) {
   const bool bytes = image.bitDepth == 8;
   const uint64_t line = uint64_t{image.width} * (bytes ? 1 : 2);
   if (image.width == 0 || image.height == 0 || !LinesLieWithin(image, line, image.height)) return false;
+  const bool whole = bytes || image.linePitch % 2 == 0;  // no matrix has lines of half a sample more
+  const uint32_t together = whole ? image.height : 1;
   try {
-    cv::Mat lines(static_cast<int>(image.height), static_cast<int>(image.width), bytes ? CV_8UC1 : CV_16UC1,
-                  image.imageData, image.linePitch);
-    cv::flip(lines, lines, 1);
+    for (uint32_t first = 0; first < image.height; first += together) {
+      cv::Mat lines(static_cast<int>(together), static_cast<int>(image.width), bytes ? CV_8UC1 : CV_16UC1,
+                    image.imageData + uint64_t{first} * image.linePitch,
+                    whole ? image.linePitch : size_t{cv::Mat::AUTO_STEP});
+      cv::flip(lines, lines, 1);
+    }
   } catch (const std::exception&) {
     return false;
   }
@@ -55,10 +60,11 @@ bool QGLImage::fillGPU(const ZynImage* image) {
   if (!LinesLieWithin(source, pixels.LineBytes(static_cast<uint32_t>(width)), static_cast<uint32_t>(height)))
     return false;
 
+  const bool turn = parameters.GetInt("image.flip.vert", "0") == 1;  // may throw: nothing is bound yet
   bind();
   read = false;
-  const bool mirrored = parameters.GetInt("image.flip.vert", "0") != 1 || MirrorLines(source);
-  if (mirrored) UploadLines(*surface, pixels, width, height, source.imageData, source.linePitch);
+  if (!turn || MirrorLines(source))
+    UploadLines(*surface, pixels, width, height, source.imageData, source.linePitch);
   const bool good = checkError("QGLImage::fillGPU()") == 0;
   unbind();
   return good;

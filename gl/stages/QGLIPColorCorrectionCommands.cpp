@@ -41,12 +41,7 @@ constexpr Forwarded kAppliedByCommand[] = {
     {"image.color.coef", "image.color.coef", "1."},
 };
 
-struct Default {
-  const char* name;
-  const char* value;
-};
-
-constexpr Default kAfterReset[] = {
+constexpr QTD::Default kAfterReset[] = {
     {"gain.r", "1.000000"},
     {"gain.g", "1.000000"},
     {"gain.b", "1.000000"},
@@ -61,7 +56,7 @@ constexpr Default kAfterReset[] = {
 };
 
 // Leaves the colour factor alone, and sets the turn.
-constexpr Default kAfterResetByCommand[] = {
+constexpr QTD::Default kAfterResetByCommand[] = {
     {"gain.r", "1.000000"}, {"gain.g", "1.000000"},   {"gain.b", "1.000000"}, {"offs.r", "0"},
     {"offs.g", "0"},        {"offs.b", "0"},          {"gamma", "1"},         {"debug.output", "0"},
     {"debug.mode", "0"},    {"image.flip.vert", "0"},
@@ -107,13 +102,13 @@ uint32_t QGLIPColorCorrection::ApplyArguments(QTD::ARGUMENTS* args) {
 }
 
 uint32_t QGLIPColorCorrection::ResetParameters() {
-  for (const Default& entry : kAfterReset) parameters.Set(entry.name, entry.value);
+  parameters.SetAll(kAfterReset);
   return 0;
 }
 
 uint32_t QGLIPColorCorrection::ResetByCommand(QTD::ARGUMENTS* args) {
   const bool apply = QTD::ArgumentView(args).GetInt("apply", "0") == 1;
-  for (const Default& entry : kAfterResetByCommand) parameters.Set(entry.name, entry.value);
+  parameters.SetAll(kAfterResetByCommand);
   return apply ? ApplyArguments(nullptr) : 0;
 }
 

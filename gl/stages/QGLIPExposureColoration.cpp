@@ -39,7 +39,7 @@ void QGLIPExposureColoration::Release() {
 
 uint32_t QGLIPExposureColoration::Init(const ZynImage* source, const ZynImage*) {
   const QTD::UnpackedStage unpacked(link);
-  const ZynImage* const values = unpacked.Info(true);
+  const std::optional<ZynImage> values = unpacked.Info(true);
   const QTD::RMutexLock guard(lock);
   // A copy, since the caller may hand in a record of this stage, which goes now.
   const ZynImage format = source ? *source : ZynImage{};
@@ -55,7 +55,7 @@ uint32_t QGLIPExposureColoration::Init(const ZynImage* source, const ZynImage*) 
   return Finish(code);
 }
 
-uint32_t QGLIPExposureColoration::Prepare(const ZynImage& source, const ZynImage* values) {
+uint32_t QGLIPExposureColoration::Prepare(const ZynImage& source, const std::optional<ZynImage>& values) {
   QTD::PROPERTIES list;
   Describe(source, list);
   list.Set("pixeltype", QTD::ToText(source.pixelType));
@@ -75,21 +75,21 @@ uint32_t QGLIPExposureColoration::Prepare(const ZynImage& source, const ZynImage
   if (!sourceInfo) return QTD::kStageNoMemory;
   out = target->image();
   ready = true;
-  if (values) SetThresholds(values);
+  if (values && !SetThresholds(*values)) ready = false;  // a depth that no image has
   return 0;
 }
 
 // Sample values of the image become texture values: a depth of less than 16 lies in the low bits of a word.
-bool QGLIPExposureColoration::SetThresholds(const ZynImage* values) {
-  if (!values || !pass) return false;
-  const uint32_t depth = values->bitDepth;
+bool QGLIPExposureColoration::SetThresholds(const ZynImage& values) {
+  if (!pass) return false;
+  const uint32_t depth = values.bitDepth;
   if (depth < 1 || depth > kWordDepth) return false;
   const double levels = 1u << depth;
   const double texelLevels = depth == kByteDepth ? levels : 1u << kWordDepth;
   double low = parameters.GetDouble("thres.lo", "-1");
   if (low < 0) low = 1.0;
   double high = parameters.GetDouble("thres.hi", "-1");
-  if (high < 0) high = (levels - 1) * (QTD::IsRgbFormat(values->pixelType) ? 3 : 1) - 1;
+  if (high < 0) high = (levels - 1) * (QTD::IsRgbFormat(values.pixelType) ? 3 : 1) - 1;
   const auto lowColor = static_cast<uint32_t>(parameters.GetInt64("color.lo", kLowColor));
   const auto highColor = static_cast<uint32_t>(parameters.GetInt64("color.hi", kHighColor));
 
@@ -105,7 +105,8 @@ bool QGLIPExposureColoration::SetThresholds(const ZynImage* values) {
 uint32_t QGLIPExposureColoration::ProcessImage(const ZynImage* source, ZynImage*, void*) {
   ZYN_TRACE(log, "QGLIPExposureColoration::ProcessImage()");
   const QTD::UnpackedStage unpacked(link);
-  const ZynImage* const values = unpacked.Out();
+  QTD::RecordHold hold;
+  const ZynImage* const values = unpacked.Out(hold);
   const QTD::RMutexLock guard(lock);
   return RunOnCard([&] { return Run(source, values); });
 }
@@ -119,7 +120,7 @@ uint32_t QGLIPExposureColoration::Run(const ZynImage* source, const ZynImage* va
     target->copyTexture(TextureOf(*source), nullptr);
     return 0;
   }
-  if (!ready && !SetThresholds(values)) return ZYN_ERR_NOT_READY;
+  if (!ready && !SetThresholds(*values)) return ZYN_ERR_NOT_READY;
   passArguments.Set("mono", QTD::ToText(QTD::IsRgbFormat(values->pixelType) ? 0 : 1))
       .Set("colors", QTD::ToText(1u << (values->bitDepth & 31)))
       .Set("source", QTD::ToText(TextureOf(*values)));

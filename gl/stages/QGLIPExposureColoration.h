@@ -1,6 +1,8 @@
 // The exposure coloration on the card: marks under-exposed and over-exposed pixels of the display picture.
 #pragma once
 
+#include <optional>
+
 #include "QTD/stages/UnpackedStage.h"
 #include "ZynDisplay.h"
 #include "gl/passes/QGLExposureColoration.h"
@@ -30,8 +32,8 @@ class QGLIPExposureColoration : public QGLStage<ZynDisplayQGL::ExposureColoratio
   uint32_t RunCommand(const char* command, QTD::ARGUMENTS* args) override;
 
  private:
-  uint32_t Prepare(const ZynImage& source, const ZynImage* values);
-  bool SetThresholds(const ZynImage* values);
+  uint32_t Prepare(const ZynImage& source, const std::optional<ZynImage>& values);
+  bool SetThresholds(const ZynImage& values);
   uint32_t Run(const ZynImage* source, const ZynImage* values);
   bool BindPicture(const ZynImage& picture);
   uint32_t WaitForPass();

@@ -1,5 +1,6 @@
 #include "gl/stages/QGLIPImage.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -10,11 +11,12 @@
 namespace {
 
 constexpr uint32_t kByteDepth = 8;
-constexpr uint32_t kWordDepth = 16;
+constexpr int kWordDepth = 16;
+constexpr uint32_t kMostDepth = 64;  // of a record that tells the truth, by far
 
 // How far the samples of a depth lie below the top of their texels.
 int MissingBits(uint32_t depth) {
-  return depth == kByteDepth ? 0 : static_cast<int>(kWordDepth) - static_cast<int>(depth);
+  return depth == kByteDepth ? 0 : kWordDepth - static_cast<int>(std::min(depth, kMostDepth));
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include "QTD/frame/Logging.h"
 #include "QTD/image/PixelFormats.h"
 #include "QTD/screen/Numbers.h"
-#include "ZynPixelFormat.h"
 
 namespace {
 
@@ -75,10 +74,7 @@ uint32_t QGLIPImageOverlay::Init(const ZynImage* source, const ZynImage*) {
   const ZynImage format = source ? *source : ZynImage{};
   Release();
   if (format.width == 0 || format.height == 0) return Finish(ZYN_ERR_BAD_ARGUMENT);
-  if (format.pixelType == 0 || QTD::IsPackedFormat(format.pixelType) || QTD::IsCfaFormat(format.pixelType) ||
-      format.pixelType == ZYN_PIXEL_YUV422_8_UYVY) {
-    return Finish(QTD::kStageFormat);
-  }
+  if (format.pixelType == 0 || !QTD::IsPictureFormat(format.pixelType)) return Finish(QTD::kStageFormat);
   const SurfacePass current(TakeSurface());
   try {
     const uint32_t code = Prepare(format);

@@ -10,10 +10,14 @@
 
 namespace {
 
+// On any thread: the controller does not go while it is looked at.
 bool IsController(ZynDisplayProcessor* display) {
-  if (!QTD::LivePointers<ZynDisplayProcessor>::Instance().Find(display)) return false;
-  auto* const component = dynamic_cast<QTD::ComponentImpl*>(display->GetComponent());
-  return component && strcasecmp(component->Parameters().GetString("class").c_str(), "QTDDisplay") == 0;
+  bool accepted = false;
+  QTD::LivePointers<ZynDisplayProcessor>::Instance().Visit(display, [&](ZynDisplayProcessor& found) {
+    auto* const component = dynamic_cast<QTD::ComponentImpl*>(found.GetComponent());
+    accepted = component && strcasecmp(component->Parameters().GetString("class").c_str(), "QTDDisplay") == 0;
+  });
+  return accepted;
 }
 
 }  // namespace

@@ -91,26 +91,27 @@ TEST_F(ColorationTest, enabling_counts_for_the_values_too) {
 TEST_F(ColorationTest, the_values_are_kept_aside_while_it_is_enabled_only) {
   StagePicture mono(ZYN_PIXEL_MONO8, 4, 2), mosaic(ZYN_PIXEL_BAYERRG8, 4, 2);
   CPUIPImage image(nullptr);
+  QTD::RecordHold hold;
   const auto kept = [&](const StagePicture& from) {
     EXPECT_EQ(image.ProcessImage(&from.record, nullptr, nullptr), 0u);
-    return image.Untouched() != nullptr;
+    return image.Untouched(hold) != nullptr;
   };
   ASSERT_EQ(image.Init(&mono.record, nullptr), 0u);
   chain.AddProcessor("image.unpacked", &image);
   EXPECT_FALSE(kept(mono));
   stage.Enable(true);
   ASSERT_TRUE(kept(mono));
-  EXPECT_NE(image.Untouched()->imageData, image.Out()->imageData);
-  EXPECT_EQ(PixelsOf(*image.Untouched()), PixelsOf(mono.record));
+  EXPECT_NE(image.Untouched(hold)->imageData, image.Out()->imageData);
+  EXPECT_EQ(PixelsOf(*image.Untouched(hold)), PixelsOf(mono.record));
   stage.Enable(false);
   EXPECT_TRUE(kept(mono));
   stage.Enable(false);
-  EXPECT_EQ(image.Untouched(), nullptr);
+  EXPECT_EQ(image.Untouched(hold), nullptr);
   EXPECT_FALSE(kept(mono));
   stage.Enable(true);
   EXPECT_TRUE(kept(mono));
   EXPECT_NE(image.ProcessImage(nullptr, nullptr, nullptr), 0u);
-  EXPECT_EQ(image.Untouched(), nullptr);  // not that of an earlier image
+  EXPECT_EQ(image.Untouched(hold), nullptr);  // not that of an earlier image
   ASSERT_EQ(image.Init(&mosaic.record, nullptr), 0u);
   stage.Enable(true);
   EXPECT_FALSE(kept(mosaic));

@@ -74,6 +74,13 @@ TEST_F(ComponentTest, composes_return_codes_of_bit_31_its_id_and_the_code) {
   EXPECT_EQ(component.Compose(ZYN_ERR_BAD_ARGUMENT), 0x80070007u);
 }
 
+TEST_F(ComponentTest, gives_the_bare_code_of_an_answer) {
+  EXPECT_EQ(QTD::BareCode(0), 0u);
+  EXPECT_EQ(QTD::BareCode(0x80FF0007u), 7u);
+  EXPECT_EQ(QTD::BareCode(0x8007FFFFu), 0xFFFFu);
+  EXPECT_EQ(QTD::BareCode(5), 5u) << "a code that was bare before";
+}
+
 TEST_F(ComponentTest, answers_not_supported_for_the_reserved_operations) {
   EXPECT_EQ(component.SetParameterExtra("a", nullptr), kFailure | ZYN_ERR_NOT_SUPPORTED);
   EXPECT_EQ(component.GetParameterExtra("a", nullptr), kFailure | ZYN_ERR_NOT_SUPPORTED);

@@ -71,7 +71,7 @@ TEST_F(LoggingTest, its_end_waits_for_a_line_that_has_looked_at_the_category) {
     QTD::ShutdownLogging();
     waited = line.ended.load();
   });
-  EXPECT_TRUE(Eventually([] { return !QTD::TraceEnabled(QTD::LogCategory()); })) << "no new line begins";
+  EXPECT_TRUE(Eventually([] { return !IsTraceOn(); })) << "no new line begins";
   SleepMilliseconds(30);
   EXPECT_EQ(Trace(), "");
   line.End();
@@ -108,7 +108,7 @@ TEST_F(LoggingTest, its_end_gives_up_on_a_line_that_does_not_end) {
   std::thread writer([] { ZYN_TRACE(QTD::LogCategory(), "stays"); });
   ASSERT_TRUE(Eventually([&] { return slow.entered.load(); }));
   InTime("the shutdown beside a line that does not end", [] { QTD::ShutdownLogging(); });
-  EXPECT_FALSE(QTD::TraceEnabled(QTD::LogCategory()));
+  EXPECT_FALSE(IsTraceOn());
   slow.letGo = true;
   writer.join();
   QTD::LogCategory().removeAllAppenders();

@@ -41,6 +41,9 @@ class LoggingTest : public testing::Test {
     std::ofstream(Path("zynlog4cpp.property")) << settings;
   }
 
+  // Whether a debug line would be written.
+  static bool IsTraceOn() { return static_cast<bool>(QTD::TraceLine(QTD::LogCategory())); }
+
   std::string Trace() const {
     std::stringstream text;
     text << std::ifstream(Path("trace")).rdbuf();

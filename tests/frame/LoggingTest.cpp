@@ -21,7 +21,7 @@ using test::LoggingTest;
 TEST_F(LoggingTest, runs_silently_without_a_file) {
   const std::string said = Init();
   EXPECT_EQ(said, "ZynLog4Cpp: trying to load " + Path("zynlog4cpp.property") + "\n" + kFailed);
-  EXPECT_FALSE(QTD::TraceEnabled(QTD::LogCategory()));
+  EXPECT_FALSE(IsTraceOn());
   ZYN_TRACE(QTD::LogCategory(), "dropped");
   QTD::LogCategory().info("dropped");
   QTD::ComponentImpl component;
@@ -56,9 +56,9 @@ TEST_F(LoggingTest, does_nothing_but_the_priority_test_while_debug_is_off) {
 TEST_F(LoggingTest, traces_nothing_after_the_shutdown) {
   Configure(Settings("DEBUG"));
   Init();
-  ASSERT_TRUE(QTD::TraceEnabled(QTD::LogCategory()));
+  ASSERT_TRUE(IsTraceOn());
   QTD::ShutdownLogging();
-  EXPECT_FALSE(QTD::TraceEnabled(QTD::LogCategory()));
+  EXPECT_FALSE(IsTraceOn());
   int evaluated = 0;
   ZYN_TRACE(QTD::LogCategory(), "%d", ++evaluated);
   QTD::LogCategory().info("late");
@@ -79,7 +79,7 @@ TEST_F(LoggingTest, starts_again_after_a_shutdown) {
   Init();
   QTD::ShutdownLogging();
   EXPECT_NE(Init().find(kSucceeded), std::string::npos);
-  EXPECT_TRUE(QTD::TraceEnabled(QTD::LogCategory()));
+  EXPECT_TRUE(IsTraceOn());
   QTD::ShutdownLogging();
   EXPECT_EQ(Trace(), "INFO DisplayQt: <- Exit\nINFO DisplayQt: <- Exit\n");
 }
@@ -115,7 +115,7 @@ TEST_F(LoggingTest, is_off_after_a_file_that_was_wrong_half_way) {
     Configure(settings);
     EXPECT_NE(Init().find(kFailed), std::string::npos) << settings;
     EXPECT_EQ(log4cpp::Category::getRootPriority(), log4cpp::Priority::DEBUG) << "the host's own matter";
-    EXPECT_FALSE(QTD::TraceEnabled(QTD::LogCategory())) << settings;
+    EXPECT_FALSE(IsTraceOn()) << settings;
     int evaluated = 0;
     ZYN_TRACE(QTD::LogCategory(), "%d", ++evaluated);
     QTD::TraceInfo("DisplayQt: -> Enter");
@@ -128,10 +128,10 @@ TEST_F(LoggingTest, is_off_after_a_file_that_was_wrong_half_way) {
 
 TEST_F(LoggingTest, is_on_again_with_a_good_file) {
   Init();
-  EXPECT_FALSE(QTD::TraceEnabled(QTD::LogCategory()));
+  EXPECT_FALSE(IsTraceOn());
   Configure(Settings("DEBUG"));
   Init();
-  EXPECT_TRUE(QTD::TraceEnabled(QTD::LogCategory()));
+  EXPECT_TRUE(IsTraceOn());
   QTD::TraceInfo("DisplayQt: -> Enter");
   QTD::ShutdownLogging();
   QTD::TraceInfo("late");

@@ -67,13 +67,18 @@ class Holder {
 };
 
 template <typename Call>
-bool EndsWhileHeld(PROPERTIES& list, Call call) {
+bool EndsWhileHeld(PROPERTIES& list, Call call, milliseconds patience = seconds(10)) {
   Holder holder(list);
   std::future<void> done = std::async(std::launch::async, call);
-  const bool ended = done.wait_for(milliseconds(100)) == std::future_status::ready;
+  const bool ended = done.wait_for(patience) == std::future_status::ready;
   holder.Release();
   done.get();
   return ended;
+}
+
+template <typename Call>
+bool WaitsWhileHeld(PROPERTIES& list, Call call) {
+  return !EndsWhileHeld(list, call, milliseconds(100));
 }
 
 TEST(Properties, keeps_the_order_of_first_insertion) {
@@ -121,6 +126,13 @@ TEST(Properties, leaves_a_present_item_without_overwrite_and_says_so) {
   EXPECT_FALSE(stored);
   list.Set("a", "3", false);
   EXPECT_EQ(Dump(list), "a=1;");
+}
+
+TEST(Properties, sets_all_rows_of_a_table_in_their_order_and_overwrites) {
+  constexpr QTD::Default kRows[] = {{"c", "3"}, {"a", "1"}, {"b", ""}};
+  PROPERTIES list;
+  list.Set("a", "0").SetAll(kRows).Set("d", "4");
+  EXPECT_EQ(Dump(list), "a=1;c=3;b=;d=4;");
 }
 
 TEST(Properties, finds_an_item_or_the_end) {
@@ -258,9 +270,9 @@ TEST(Properties, waits_for_the_lock_of_the_list_that_it_copies) {
   PROPERTIES list;
   list.Set("a", "1");
   PROPERTIES target;
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { PROPERTIES copy(list); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { target = list; }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { target.Merge(&list); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { PROPERTIES copy(list); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { target = list; }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { target.Merge(&list); }));
 }
 
 TEST(Properties, holds_no_lock_of_its_own_while_it_waits_for_another_list) {
@@ -286,13 +298,13 @@ TEST(Properties, takes_its_lock_in_every_operation_but_the_count) {
   PROPERTIES other;
   ARGUMENTS arguments;
   EXPECT_TRUE(EndsWhileHeld(list, [&] { EXPECT_EQ(list.Count(), 1); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { list.Set("a", "1"); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { list.Find("a"); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { list.NameAt(0); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { list.GetInt("a"); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { list.Merge(&other); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { list.ImportArguments(arguments); }));
-  EXPECT_FALSE(EndsWhileHeld(list, [&] { list.ExportArguments(arguments); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { list.Set("a", "1"); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { list.Find("a"); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { list.NameAt(0); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { list.GetInt("a"); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { list.Merge(&other); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { list.ImportArguments(arguments); }));
+  EXPECT_TRUE(WaitsWhileHeld(list, [&] { list.ExportArguments(arguments); }));
 }
 
 TEST(Properties, nests_under_its_own_lock) {

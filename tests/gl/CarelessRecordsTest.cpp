@@ -91,6 +91,21 @@ TEST_F(CarelessRecordsTest, a_stage_s_own_result_counts_once_it_was_read_back) {
   EXPECT_EQ(Texels(stage), samples);
 }
 
+// What the record's memory holds is an earlier picture from then on.
+TEST_F(CarelessRecordsTest, a_target_that_is_drawn_or_filled_anew_counts_as_not_read_back) {
+  auto image = made(kWidth, kHeight, ZYN_PIXEL_MONO8);
+  ASSERT_NE(image->readGPU(nullptr), nullptr);
+  ASSERT_TRUE(image->IsRead());
+  ASSERT_TRUE(image->fillGPU(picture.get()));
+  EXPECT_FALSE(image->IsRead());
+  ASSERT_NE(image->readGPU(nullptr), nullptr);
+  ASSERT_TRUE(image->IsRead());
+  ASSERT_NE(image->useProgram(false, nullptr), 0u);
+  EXPECT_TRUE(image->render());
+  EXPECT_TRUE(image->releaseProgram());
+  EXPECT_FALSE(image->IsRead());
+}
+
 // The record goes at once; what it said counts.
 TEST_F(CarelessRecordsTest, a_target_may_be_made_anew_like_its_own_record) {
   auto image = made(kWidth, kHeight, ZYN_PIXEL_MONO12);
@@ -192,6 +207,56 @@ TEST_F(CarelessRecordsTest, any_number_but_0_turns) {
     ASSERT_EQ(Run(*stage, first.record()), 0u);
     EXPECT_EQ(Texels(*stage), Turned(samples, kHeight));
     EXPECT_EQ(stage->Out()->origin, 1u);
+  }
+}
+
+TEST_F(CarelessRecordsTest, depths_that_no_image_has_prepare_the_image_stage) {
+  const Record shown = MakeRecord(kWidth, kHeight, ZYN_PIXEL_RGB8);
+  for (const uint32_t depth : {0u, 17u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(depth);
+    ZynImage source = *picture, output = *shown;
+    QGLIPImage stage(&display);
+    source.bitDepth = depth;
+    EXPECT_EQ(stage.Init(&source, &output), 0u);
+    output.bitDepth = 0xFFFFFFFFu - depth;
+    EXPECT_EQ(stage.Init(&source, &output), 0u);
+  }
+}
+
+// The values of a stage of the host's, on the card.
+class StageOfDepth : public QGLIPImage {
+ public:
+  using QGLIPImage::QGLIPImage;
+  ZynImage* Out() override { return Told(QGLIPImage::Out(), outs); }
+  ZynImage* GetImageInfo(bool source) override { return Told(QGLIPImage::GetImageInfo(source), infos); }
+  uint32_t depth = 8;
+
+ private:
+  ZynImage* Told(const ZynImage* record, ZynImage& told) const {
+    if (!record) return nullptr;
+    told = *record;
+    told.bitDepth = depth;
+    return &told;
+  }
+  ZynImage outs{}, infos{};
+};
+
+TEST_F(CarelessRecordsTest, values_of_a_depth_that_no_image_has_mark_nothing_until_they_have_one) {
+  FakeChain chain;
+  StageOfDepth unpacked(&display);
+  ASSERT_EQ(Init(unpacked, picture), 0u);
+  ASSERT_EQ(Run(unpacked, picture.get()), 0u);
+  chain.unpacked = &unpacked;
+  const Record rgb = MakeRecord(kWidth, kHeight, ZYN_PIXEL_RGB8, Scattered(kWidth * kHeight * 3, 255));
+  OnCard shown(&display, rgb);
+  for (const uint32_t depth : {0u, 17u, 0x80000000u}) {
+    SCOPED_TRACE(depth);
+    unpacked.depth = depth;
+    QGLIPExposureColoration stage(&display, &chain);
+    ASSERT_EQ(Init(stage, rgb), 0u);
+    EXPECT_EQ(Run(stage, shown.record()), Composed(8));
+    unpacked.depth = 8;
+    EXPECT_EQ(Run(stage, shown.record()), 0u);
   }
 }
 

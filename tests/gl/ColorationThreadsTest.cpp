@@ -124,4 +124,23 @@ TEST_F(ColorationThreadsTest, every_command_comes_back_while_pictures_pass) {
   EXPECT_EQ(done, 10);
 }
 
+// The host releases the stage whose values count, while they are read.
+TEST_F(ColorationThreadsTest, is_prepared_while_the_stage_of_the_values_goes) {
+  QGLIPImage unpacked(&display);
+  chain.unpacked = &unpacked;
+  QGLIPExposureColoration stage(&display, &chain);
+  std::atomic<bool> stop{false};
+  std::thread host([&] {
+    while (!stop) unpacked.Release();
+  });
+  for (int round = 0; round < 200; ++round) {
+    Init(unpacked, dark);
+    EXPECT_EQ(Init(stage, picture), 0u);
+    if (round % 50 == 0) QCoreApplication::processEvents();  // what the thread gave up is freed here
+  }
+  stop = true;
+  host.join();
+  QCoreApplication::processEvents();
+}
+
 }  // namespace

@@ -105,6 +105,25 @@ TEST_F(GLStateTest, a_target_unbinds_the_buffer_of_uploads_before_it_is_drawn_or
   surface->glDeleteBuffers(1, &buffer);
 }
 
+TEST_F(GLStateTest, buffers_that_a_host_left_bound_keep_no_picture_from_the_card_and_back) {
+  const Samples samples = Scattered(6 * 4, 255);
+  const Record record = MakeRecord(6, 4, ZYN_PIXEL_MONO8, samples), back = MakeRecord(6, 4, ZYN_PIXEL_MONO8);
+  GLuint buffer = 0;
+  surface->glGenBuffers(1, &buffer);
+  QTD::PROPERTIES parameters = surfaceList();
+  QGLTexture texture;
+  ASSERT_TRUE(texture.init(QTD::PixelFormat(ZYN_PIXEL_MONO8), 6, 4, &parameters));
+  surface->glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer);
+  EXPECT_TRUE(texture.fill(record.get()));
+  EXPECT_EQ(ReadTexture(texture.texture(), 1, 8), samples);
+
+  auto target = Filled(6, 4, ZYN_PIXEL_MONO8, samples);
+  surface->glBindBuffer(GL_PIXEL_PACK_BUFFER, buffer);
+  EXPECT_EQ(target->readGPU(back.get()), back->imageData);
+  EXPECT_EQ(SamplesOf(*back), samples);
+  surface->glDeleteBuffers(1, &buffer);
+}
+
 TEST_F(GLStateTest, a_texture_that_is_bound_is_enabled) {
   QTD::PROPERTIES parameters = surfaceList();
   QGLTexture texture;

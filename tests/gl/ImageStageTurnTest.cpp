@@ -1,7 +1,9 @@
 // "image.display" with a turn, from a picture in memory: what the upload mirrors, the copy turns.
 #include <algorithm>
+#include <cstring>
 
 #include "StageFixture.h"
+#include "gl/stages/QGLIPImageOverlay.h"
 
 namespace {
 
@@ -54,5 +56,29 @@ INSTANTIATE_TEST_SUITE_P(Formats, ImageStageTurn,
                                          Sort{"BGR8", ZYN_PIXEL_BGR8}, Sort{"RGB10", ZYN_PIXEL_RGB10},
                                          Sort{"BGR16", ZYN_PIXEL_BGR16}),
                          [](const testing::TestParamInfo<Sort>& sort) { return sort.param.name; });
+
+// No pitch keeps a picture from the card: lines of words may begin at odd bytes.
+TEST_F(StageFixture, a_turn_takes_words_of_an_odd_pitch) {
+  constexpr uint32_t kPitch = 2 * kWidth + 1;
+  const Samples samples = Scattered(kWidth * kHeight, 4095);
+  const Record picture = MakeRecord(kWidth, kHeight, ZYN_PIXEL_MONO12, samples);
+  std::vector<uint8_t> bytes(kPitch * kHeight, 0xA5);
+  for (uint32_t y = 0; y < kHeight; ++y)
+    std::memcpy(bytes.data() + y * kPitch, picture->imageData + y * picture->linePitch, 2 * kWidth);
+  ZynImage odd = *picture;
+  odd.imageData = bytes.data();
+  odd.linePitch = kPitch;
+  odd.imageSize = static_cast<uint32_t>(bytes.size());
+
+  Samples mirrored = samples;
+  for (auto line = mirrored.begin(); line != mirrored.end(); line += kWidth)
+    std::reverse(line, line + kWidth);
+  QGLIPImageOverlay overlay(&display);
+  overlay.SetParameterInt("image.flip.vert", 1);
+  ASSERT_EQ(Init(overlay, picture), 0u);
+  ASSERT_EQ(Run(overlay, &odd), 0u);
+  EXPECT_EQ(Texels(overlay), mirrored);
+  for (uint32_t y = 0; y < kHeight; ++y) EXPECT_EQ(bytes[y * kPitch + kPitch - 1], 0xA5) << y;
+}
 
 }  // namespace

@@ -171,6 +171,9 @@ TEST(QGLScreen, draws_a_picture_that_fits_whole) {
 
 TEST(QGLScreen, draws_what_the_window_shows_of_a_picture_beyond_the_limit) {
   Noted noted;
+  noted.draw(0, 350, 16384.5, 100);  // by half a pixel; other than for the viewport, the fraction counts
+  ExpectRect(noted.surface.target, 0, 350, 1000, 100);
+  ExpectRect(noted.surface.source, 0, 0, 1000 / 16384.5, 1);
   // From a quarter of its width on, and 3 quarters of its height lie above the window's lower edge.
   noted.draw(-5000, -14200, 20000, 20000);
   ExpectRect(noted.surface.target, 0, 0, 1000, 800);

@@ -347,4 +347,5 @@ TEST_F(QGLSurfaceTextTest, draws_nothing_while_no_context_is_current) {
   surface->end(nullptr, false);
   text.draw("text", 8, 80, "default", &white);
   ASSERT_TRUE(surface->begin(nullptr));
+  EXPECT_TRUE(shows(blank()));
 }

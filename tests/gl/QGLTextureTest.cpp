@@ -311,6 +311,15 @@ TEST_F(QGLTextureTest, tells_errors_through_the_surface) {
   while (glError() != 0) continue;
   surface->glEnable(0xffff);
   EXPECT_EQ(texture.checkError("here"), uint32_t{GL_INVALID_ENUM});
+
+  // An upload asks, too, so that nobody behind it is told its error.
+  const Record grey = MakeRecord(4, 4, ZYN_PIXEL_MONO8);
+  QGLTexture other;
+  ASSERT_TRUE(other.init(grey.get(), &parameters));
+  surface->glEnable(0xffff);
+  EXPECT_TRUE(other.fill(grey.get()));
+  EXPECT_EQ(surface->properties.GetString("error").rfind("QGLTexture::fill() OpenGL error ", 0), 0u);
+  EXPECT_EQ(glError(), uint32_t{GL_NO_ERROR});
 }
 
 }  // namespace

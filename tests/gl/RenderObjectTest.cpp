@@ -204,6 +204,47 @@ TEST_F(RenderObject, waits_for_the_lock_before_it_renders) {
   holder.join();
 }
 
+TEST_F(RenderObject, waits_for_the_lock_before_it_is_prepared_or_released) {
+  forEachPass(
+      [](QGLRenderObject& pass, uint32_t code) {
+        const Record image = MakeHeader(4, 4, code);
+        for (const bool prepare : {true, false}) {
+          std::atomic<bool> held{false}, released{false};
+          std::thread holder([&] {
+            const QTD::RMutexLock guard(pass.Lock());
+            held = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            released = true;
+          });
+          while (!held) std::this_thread::yield();
+          if (prepare) {
+            EXPECT_TRUE(pass.Init(image.get(), nullptr));
+          } else {
+            pass.Release();
+          }
+          EXPECT_TRUE(released) << prepare;
+          holder.join();
+        }
+      },
+      surface.get());
+}
+
+// What is drawn then would land in the window, or in a context of the host's.
+TEST_F(RenderObject, renders_nothing_outside_begin_and_end) {
+  forEachPass(
+      [this](QGLRenderObject& pass, uint32_t code) {
+        const Record image = MakeHeader(4, 4, code);
+        QTD::PROPERTIES arguments;
+        ASSERT_TRUE(pass.Init(image.get(), nullptr));
+        surface->end(nullptr, false);
+        EXPECT_FALSE(pass.Render(image.get(), &arguments));
+        ASSERT_TRUE(surface->begin(nullptr));
+        EXPECT_TRUE(pass.Render(image.get(), &arguments));
+        surface->glActiveTexture(GL_TEXTURE0);
+      },
+      surface.get());
+}
+
 TEST_F(RenderObject, cannot_be_prepared_without_a_surface) {
   forEachPass(
       [](QGLRenderObject& pass, uint32_t code) {

@@ -29,6 +29,7 @@ void ExpectDecoded(uint32_t code, const Decoded& expected) {
   EXPECT_EQ(format.pattern, expected.pattern) << name;
   EXPECT_EQ(format.depth, expected.depth) << name;
   EXPECT_EQ(format.packing, expected.packing) << name;
+  EXPECT_EQ(format.IsBitStream(), expected.packing == "usb") << name;
 }
 
 PixelFormat Format(uint32_t family, uint32_t pattern, int depth, const std::string& packing = "") {

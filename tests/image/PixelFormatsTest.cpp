@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <string>
 #include <vector>
@@ -249,10 +250,26 @@ TEST(FormatSets, hold_their_members_only) {
             {"YUV422_8_UYVY", "YUV422_8", "YUV422_10", "YUV422_10_PACKED", "YUV444_8", "YCbCr422_8"});
 }
 
+TEST(FormatSets, tell_what_a_chain_makes_whole_first_and_what_its_later_stages_take) {
+  ExpectSet(QTD::IsUyvyFormat, {"YUV422_8_UYVY"});
+  ExpectSet(QTD::IsTransportFormat, PackedMono() + PackedBayer() + std::vector<std::string>{"YUV422_8_UYVY"});
+  for (const uint32_t code : AllCodes()) {
+    const std::string name = FindPixelRow(code)->name;
+    const bool mosaic = name.rfind("Bayer", 0) == 0 || name.rfind("TrueSense", 0) == 0;
+    const std::vector<std::string> packed = PackedMono();
+    const bool transport =
+        name == "YUV422_8_UYVY" || std::find(packed.begin(), packed.end(), name) != packed.end();
+    EXPECT_EQ(QTD::IsPictureFormat(code), !mosaic && !transport) << name;
+  }
+}
+
 TEST(FormatSets, give_the_positions_of_their_lists) {
   const std::vector<uint32_t> bayer = CodesOf(PlainBayer() + PackedBayer());
   ASSERT_EQ(bayer.size(), 36u);
   for (size_t at = 0; at < bayer.size(); ++at) EXPECT_EQ(QTD::BayerPosition(bayer[at]), static_cast<int>(at));
+  EXPECT_EQ(QTD::BayerPosition(ZYN_PIXEL_BAYERGR10PACKED), QTD::kFirstPackedBayer);
+  EXPECT_EQ(QTD::BayerPosition(ZYN_PIXEL_BAYERGR10P), QTD::kFirst10pBayer);
+  EXPECT_EQ(QTD::BayerPosition(ZYN_PIXEL_BAYERGR12P), QTD::kFirst12pBayer);
   EXPECT_EQ(QTD::BayerPosition(ZYN_PIXEL_MONO8), -1);
   EXPECT_EQ(QTD::BayerPosition(0), -1);
 
