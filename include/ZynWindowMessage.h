@@ -22,7 +22,7 @@ class ZynWindowMessage : public QEvent {
   enum EventCode : uint32_t {
     kLeftPressed = 0x4002,   ///< the left button; sent
     kLeftReleased = 0x4003,  ///< the left button; sent
-    kRightClicked = 0x4004,  ///< the right button, released without a rectangle; posted
+    kRightClicked = 0x4004,  ///< any button but the left, released without a rectangle; posted
     kMoved = 0x4008,         ///< the mouse has moved; posted
   };
 

@@ -176,18 +176,21 @@ void QTDProcessor::Release() {
 
 // What the chain knows of its images.
 
+// A host's stage may take itself out when it is asked, or others: the answer may be that of one that goes.
+
 ZynImage* QTDProcessor::Out() {
-  const QTD::RMutexLock guard(lock);
-  for (int index = stages.Count() - 1; index >= 0; --index) {
+  const Walk walk(*this);
+  const uint32_t removals = stages.Removals();
+  for (int index = stages.Count() - 1; index >= 0 && stages.Removals() == removals; --index) {
     ZynImgProcessor* const stage = stages.At(index);
     ZynImage* const image = stage ? stage->Out() : nullptr;
-    if (image) return image;
+    if (image && stages.Removals() == removals) return image;
   }
   return nullptr;
 }
 
 ZynImage* QTDProcessor::HeldOut(QTD::RecordHold& hold) {
-  const Walk walk(*this);  // a host's stage may take itself out when it is asked
+  const Walk walk(*this);
   for (int index = stages.Count() - 1; index >= 0 && stages.Removals() == resultRemovals; --index) {
     ZynImgProcessor* const stage = stages.At(index);
     ZynImage* const image = stage ? QTD::HeldOutOf(*stage, hold) : nullptr;
@@ -197,12 +200,13 @@ ZynImage* QTDProcessor::HeldOut(QTD::RecordHold& hold) {
 }
 
 ZynImage* QTDProcessor::GetImageInfo(bool source) {
-  const QTD::RMutexLock guard(lock);
+  const Walk walk(*this);
+  const uint32_t removals = stages.Removals();
   const int count = stages.Count();
-  for (int step = 0; step < count; ++step) {
+  for (int step = 0; step < count && stages.Removals() == removals; ++step) {
     ZynImgProcessor* const stage = stages.At(source ? step : count - 1 - step);
     ZynImage* const info = stage ? stage->GetImageInfo(source) : nullptr;
-    if (info) return info;
+    if (info && stages.Removals() == removals) return info;
   }
   return nullptr;
 }

@@ -16,13 +16,14 @@ bool StageRun::Next() {
 bool StageRun::Process(const ZynImage* image, ZynImage* output, void* data) {
   if (QTD::BareCode(stage->ProcessImage(image, output, data)) != 0) return false;
   if (!IsIntact()) return false;
-  // A stage that put others in front of itself has moved, and is not run again.
-  if (stages.At(index) != stage) index = stages.PositionOf(stage);
   QTD::RecordHold made;
   if (const ZynImage* const result = QTD::HeldOutOf(*stage, made)) {
     if (result != picture) former.Swap(hold);
     hold.Swap(made);
     picture = result;
   }
-  return IsIntact();
+  if (!IsIntact()) return false;
+  // A stage that put others in front of itself has moved, and is not run again.
+  if (stages.At(index) != stage) index = stages.PositionOf(stage);
+  return true;
 }

@@ -36,6 +36,10 @@ void QTDDisplay::EndChains() {
     TakeEnding();
     return;
   }
+  {
+    const std::lock_guard<std::mutex> guard(endingLock);
+    if (ending.empty()) return;
+  }
   QTimer::singleShot(kRetryMilliseconds, this, [this] { EndChains(); });
 }
 

@@ -32,6 +32,7 @@ uint32_t QTDDisplay::InitConverter(const ZynImage* outputFormat) {
     {
       std::scoped_lock guard(convertLock, handlerLock);
       const QTD::ChainTry chain(processor.get());
+      const QTD::HostCodeUnderLocks asked;  // the chain's stages, and one that leaves then is freed here
       if (chain) return PrepareConverter(outputFormat);
     }
     if (closing) return Fail(ZYN_ERR_NOT_READY);
@@ -100,6 +101,7 @@ uint32_t QTDDisplay::BeginConversionWithConverter(const ZynImage* output, bool r
     {
       const std::unique_lock<std::recursive_mutex> guard(handlerLock, std::try_to_lock);
       const QTD::ChainTry chain(guard ? processor.get() : nullptr);
+      const QTD::HostCodeUnderLocks asked;
       if (guard && chain) {
         uint32_t code = 0;
         try {

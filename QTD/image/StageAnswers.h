@@ -1,4 +1,5 @@
-// What a stage answers, safe from a host that prepares or releases it on another thread meanwhile.
+// What a stage of the library answers, safe from a host that prepares or releases it on another thread
+// meanwhile. A stage of the host's own has to guard itself.
 #pragma once
 
 #include <optional>

@@ -37,6 +37,7 @@ UnpackedStage::UnpackedStage(ChainLink& chainLink) : link(chainLink) {
 
 UnpackedStage::~UnpackedStage() {
   --link.calls;  // from here on the coloration may be gone
+  scope.reset();
   if (keeper) keeper->EndUse();
 }
 
@@ -71,6 +72,7 @@ bool UnpackedStage::Lock(ZynComponent& component) {
     keeper->BeginUse();
     guard.unlock();
   }
+  if (found) scope.emplace();
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "QTD/image/HeldRecords.h"
 #include "QTD/image/StageKeeper.h"
 #include "ZynComponent.h"
@@ -60,6 +61,7 @@ class UnpackedStage {
   ZynImgProcessingChain* chain = nullptr;
   StageKeeper* keeper = nullptr;                 // of a chain of this library
   std::unique_lock<std::recursive_mutex> guard;  // of another one that has a lock
+  std::optional<HostCodeUnderLocks> scope;       // while either is held: the stage may be a host's
   ZynImgProcessor* stage = nullptr;
 };
 

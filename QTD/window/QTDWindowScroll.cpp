@@ -79,9 +79,7 @@ void QTDWindow::enableBarsSoon() {
 void QTDWindow::enableBars() {
   enablingBars = false;
   if (!screen) return;
-  const QTD::PairI range = screen->ScrollRange();
-  const bool horizontal = usesBar(range.first), vertical = usesBar(range.second);
-  const QPointer<QScrollBar> last(vertBar);  // the window may go meanwhile
-  if (horzBar) horzBar->setEnabled(horizontal);
-  if (last) last->setEnabled(vertical);
+  const QPointer<QTDWindow> self(this);  // may go, or be shut, in a filter of the first bar
+  if (horzBar) horzBar->setEnabled(usesBar(screen->ScrollRange().first));
+  if (self && screen && vertBar) vertBar->setEnabled(usesBar(screen->ScrollRange().second));
 }

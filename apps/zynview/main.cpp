@@ -30,7 +30,7 @@ bool NeedsNoScreen(int argc, char** argv) {
   };
   if (isSaid({"-h", "-v", "--help", "--help-all", "--version"})) return true;
   const bool isScreenThere =
-      qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+      !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
   return isSaid({"--convert"}) && !(isSaid({"--opengl"}) && isScreenThere);
 }
 

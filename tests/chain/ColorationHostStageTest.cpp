@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "QTD/chain/QTDProcessor.h"
+#include "QTD/frame/HostCodeUnderLocks.h"
 #include "ZynPixelFormat.h"
 #include "chain/ChainFakes.h"
 #include "cpu/stages/CPUIPExposureColoration.h"
@@ -117,6 +118,49 @@ struct ColorationHostStage : testing::Test {
 };
 
 }  // namespace
+
+TEST_F(ColorationHostStage, is_asked_as_host_code_under_locks) {
+  for (const Asking& asking : kAskings) {
+    SCOPED_TRACE(asking.name);
+    auto* const coloration = new NotedColoration(&chain, &journal);
+    AskedStage* const unpacked = Fill(coloration);
+    coloration->Enable(true);
+    bool marked = false;
+    unpacked->code = [&] { marked = QTD::HostCodeUnderLocks::IsActive(); };
+    switch (&asking - kAskings.data()) {
+      case 0:
+        coloration->Enable(true);
+        break;
+      case 1:
+        coloration->Init(picture, nullptr);
+        break;
+      case 2:
+        coloration->ProcessImage(picture, nullptr, nullptr);
+        break;
+      case 3:
+        coloration->ExecuteCommand("params.apply");
+        break;
+      default:
+        chain.ProcessImage(picture, nullptr, nullptr);
+    }
+    EXPECT_TRUE(marked);
+    EXPECT_FALSE(QTD::HostCodeUnderLocks::IsActive());
+    unpacked->code = nullptr;
+    chain.Release();
+  }
+}
+
+TEST_F(ColorationHostStage, may_go_when_the_chain_is_asked) {
+  for (const bool out : {true, false}) {
+    SCOPED_TRACE(out);
+    AskedStage* const unpacked = Fill(new NotedColoration(&chain, &journal));
+    ASSERT_EQ(chain.RemoveProcessor("image.coloration"), 0u);
+    journal.clear();
+    unpacked->code = Removal("image.unpacked");
+    EXPECT_EQ(out ? chain.Out() : chain.GetImageInfo(false), nullptr);
+    EXPECT_EQ(journal, (Journal{"removed", "unpacked.release", "unpacked.delete"}));
+  }
+}
 
 TEST_F(ColorationHostStage, that_takes_the_coloration_out_has_it_freed_once_when_it_has_asked) {
   for (const Asking& asking : kAskings) {

@@ -151,7 +151,8 @@ TEST_F(QTDConverterHostStage, is_prepared_and_released_on_another_thread_during_
       }
     });
     int prepared = 0, good = 0;
-    for (int round = 0; round < 2000; ++round) {
+    while (rounds == 0) std::this_thread::yield();
+    for (int round = 0; round < 2000 || (good == 0 && round < 200000); ++round) {
       if (converter.Init(source, output) != 0) continue;
       ++prepared;
       if (converter.ProcessImage(source, output, nullptr) == 0) ++good;

@@ -75,8 +75,8 @@ TEST_F(WindowClosing, and_opening_it_again_bear_commands_on_other_threads) {
     display->DisplayVideo(&image.record);
     Settle(2);
   }
-  stop = true;
   EXPECT_TRUE(WaitFor([&] { return rounds > 20; }));
+  stop = true;
   first.join();
   second.join();
   EXPECT_TRUE(Window()->isOpen());

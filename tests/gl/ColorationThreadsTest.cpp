@@ -130,9 +130,15 @@ TEST_F(ColorationThreadsTest, is_prepared_while_the_stage_of_the_values_goes) {
   chain.unpacked = &unpacked;
   QGLIPExposureColoration stage(&display, &chain);
   std::atomic<bool> stop{false};
+  std::atomic<int> releases{0};
   std::thread host([&] {
-    while (!stop) unpacked.Release();
+    while (!stop) {
+      unpacked.Release();
+      ++releases;
+      std::this_thread::yield();
+    }
   });
+  while (releases == 0) std::this_thread::yield();
   for (int round = 0; round < 200; ++round) {
     Init(unpacked, dark);
     EXPECT_EQ(Init(stage, picture), 0u);

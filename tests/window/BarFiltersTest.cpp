@@ -77,8 +77,8 @@ class BarFilters : public ViewerTest, public testing::WithParamInterface<Event> 
     inside = true;
     GetParam().send(*window, *widget);
     inside = false;
+    EXPECT_TRUE(windowtest::WaitFor([&] { return called; }));
     Settle();
-    EXPECT_TRUE(called);
   }
 
   bool inside = false;

@@ -12,7 +12,7 @@
 namespace {
 
 // What nobody notices who uses the window. One word to a camera that has gone takes 2.5 seconds.
-constexpr int kUnnoticed = 1500;
+constexpr int kUnnoticed = 2200;
 
 QLabel* NoticeOf(const Viewer& viewer) {
   return viewer.window->findChild<QLabel*>(QStringLiteral("noticeText"));
@@ -101,6 +101,7 @@ TEST_F(LostCamera, is_told_of_none_that_answers) {
   Formats()->setCurrentIndex(other);
   Q_EMIT Formats()->activated(other);
   EXPECT_TRUE(Comes([this] { return viewer.IsTitled("Mono16"); }));
+  Comes([] { return false; }, 2000);  // the figures are those of the new format from here on
   EXPECT_TRUE(Comes([this] { return viewer.Tells("in ") && !viewer.Tells("in 0.0"); }));
   EXPECT_TRUE(Comes([this] { return Formats()->currentText() == QStringLiteral("Mono16"); }));
   Exposure()->setValue(4321);

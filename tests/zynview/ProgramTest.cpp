@@ -58,7 +58,7 @@ int DifferenceOf(const QString& a, const QString& b) {
 
 TEST(ViewerProgram, shows_a_file_and_tells_its_figures) {
   const ViewerFiles files;
-  const Program run({files.Grey("grey.png", 40, 30, 77), QStringLiteral("--seconds"), QStringLiteral("1")});
+  const Program run({files.Grey("grey.png", 40, 30, 77), QStringLiteral("--seconds"), QStringLiteral("5")});
   EXPECT_EQ(run.code, 0) << run.messages.toStdString();
   EXPECT_TRUE(run.out.contains(QStringLiteral("grey.png"))) << run.out.toStdString();
   EXPECT_TRUE(run.out.contains(QStringLiteral("0 failed"))) << run.out.toStdString();

@@ -5,8 +5,11 @@
 #include <arv.h>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 #include "pixels/PixelTable.h"
@@ -21,6 +24,8 @@ constexpr int kBuffers = 8;
 constexpr guint64 kTimeoutMicroseconds = 100000;
 constexpr int kSimulatorWidth = 1280, kSimulatorHeight = 1024;
 constexpr double kSimulatorRate = 50;
+constexpr int kLongestTelling = 1000;                       // milliseconds
+constexpr int kSimulatorTries = 30, kSimulatorPause = 100;  // milliseconds
 constexpr char kGone[] = "the camera does not answer any more";
 
 struct Unref {
@@ -76,8 +81,9 @@ struct CameraSource::Camera {
   ~Camera() { LetGo(); }
 
   Options options;
-  // Told by the thread on which the camera is asked whether it is still there.
-  std::atomic<bool> lost{false};
+  // Told by the thread on which the camera is asked whether it is still there, which keeps the mark in being.
+  const std::shared_ptr<std::atomic<bool>> loss = std::make_shared<std::atomic<bool>>(false);
+  bool IsLost() const { return *loss; }
   std::mutex lock;  // guards the registers of `device`, and all that follows except for what `Open` makes
   std::condition_variable rested;
   bool streams = false;
@@ -96,10 +102,12 @@ struct CameraSource::Camera {
   bool StartAcquisition();
   void Rest();
   void LetGo();
-  ArvCamera* Answering() const { return lost ? nullptr : device.get(); }
-  void Deliver(ArvBuffer* buffer, const Sink& sink, bool* running) const;
+  ArvCamera* Answering() const { return IsLost() ? nullptr : device.get(); }
+  bool Deliver(ArvBuffer* buffer, const Sink& sink) const;  // what the sink answers
 
-  static void HearLoss(ArvDevice*, void* camera) { static_cast<Camera*>(camera)->lost = true; }
+  using Loss = std::shared_ptr<std::atomic<bool>>;
+  static void HearLoss(ArvDevice*, void* data) { **static_cast<Loss*>(data) = true; }
+  static void ForgetLoss(void* data, GClosure*) { delete static_cast<Loss*>(data); }
 };
 
 CameraSource::CameraSource(const Options& options) : camera(std::make_unique<Camera>()) {
@@ -140,8 +148,13 @@ bool CameraSource::Open(QString* error) {
 }
 
 bool CameraSource::Camera::StartSimulator(QString* error) {
-  simulator.reset(arv_gv_fake_camera_new(kLoopback, kSimulatorSerial));
-  if (simulator && arv_gv_fake_camera_is_running(simulator.get())) return true;
+  // An earlier one of this program may be on its way out.
+  for (int i = 0; i < kSimulatorTries; ++i) {
+    simulator.reset(arv_gv_fake_camera_new(kLoopback, kSimulatorSerial));
+    if (simulator && arv_gv_fake_camera_is_running(simulator.get())) return true;
+    simulator.reset();
+    std::this_thread::sleep_for(std::chrono::milliseconds(kSimulatorPause));
+  }
   *error = QStringLiteral("the camera simulator could not be started on %1: is it running already?")
                .arg(QString::fromLatin1(kLoopback));
   return false;
@@ -163,7 +176,8 @@ bool CameraSource::Camera::Connect(QString* error) {
     *error = QStringLiteral("camera %1: %2").arg(address, failure.Text());
     return false;
   }
-  g_signal_connect(arv_camera_get_device(device.get()), "control-lost", G_CALLBACK(HearLoss), this);
+  g_signal_connect_data(arv_camera_get_device(device.get()), "control-lost", G_CALLBACK(HearLoss),
+                        new Loss(loss), ForgetLoss, GConnectFlags(0));
   name = QStringLiteral("%1 %2").arg(QString::fromUtf8(arv_camera_get_vendor_name(device.get(), nullptr)),
                                      QString::fromUtf8(arv_camera_get_model_name(device.get(), nullptr)));
   if (simulated) name = QStringLiteral("camera simulator (GigE Vision on loopback)");
@@ -233,27 +247,33 @@ bool CameraSource::Camera::StartAcquisition() {
 // Each word to a camera that has gone takes seconds: nothing is said to one that is known to have.
 void CameraSource::Camera::Rest() {
   const std::lock_guard<std::mutex> guard(lock);
-  if (device && !lost) arv_camera_stop_acquisition(device.get(), nullptr);
+  if (device && !IsLost()) arv_camera_stop_acquisition(device.get(), nullptr);
   stream.reset();  // the frames in it would be old ones at the next start
-  if (lost) LetGo();
+  if (IsLost()) LetGo();
   streams = false;
   rested.notify_all();
 }
 
-// In this order: the device tells of its loss until it is gone.
+// In this order: the device tells of its loss until it is gone. The thread that does so holds it meanwhile,
+// and must not be the last to let go of it: it would wait for its own end.
 void CameraSource::Camera::LetGo() {
   stream.reset();
+  if (device) {
+    auto* const told = G_OBJECT(arv_camera_get_device(device.get()));
+    for (int i = 0; i < kLongestTelling && g_atomic_int_get(&told->ref_count) > 1; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
   device.reset();
   simulator.reset();
 }
 
 void CameraSource::Run(const Sink& sink) {
   bool running = sink(ZynImage{}) && camera->StartAcquisition();
-  while (running && !camera->lost) {
+  while (running && !camera->IsLost()) {
     ArvBuffer* buffer = arv_stream_timeout_pop_buffer(camera->stream.get(), kTimeoutMicroseconds);
     // The sink is asked even while no frame comes, so that a silent camera can be stopped.
     if (buffer) {
-      camera->Deliver(buffer, sink, &running);
+      running = camera->Deliver(buffer, sink);
       arv_stream_push_buffer(camera->stream.get(), buffer);
     } else {
       running = sink(ZynImage{});
@@ -263,7 +283,7 @@ void CameraSource::Run(const Sink& sink) {
 }
 
 bool CameraSource::IsLost() const {
-  return camera->lost;
+  return camera->IsLost();
 }
 
 QStringList CameraSource::TakeProblems() {
@@ -272,18 +292,19 @@ QStringList CameraSource::TakeProblems() {
   return guard ? std::exchange(camera->problems, {}) : QStringList();
 }
 
-void CameraSource::Camera::Deliver(ArvBuffer* buffer, const Sink& sink, bool* running) const {
-  if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS) return;
+// A camera of which no whole frame comes has to be stopped, too.
+bool CameraSource::Camera::Deliver(ArvBuffer* buffer, const Sink& sink) const {
+  if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS) return sink(ZynImage{});
   std::size_t bytes = 0;
   const void* data = arv_buffer_get_data(buffer, &bytes);
   const auto width = static_cast<uint32_t>(arv_buffer_get_image_width(buffer));
   const auto height = static_cast<uint32_t>(arv_buffer_get_image_height(buffer));
   ZynImage frame =
       MakeRecord(format.pixelType, width, height, 0, const_cast<uint8_t*>(static_cast<const uint8_t*>(data)));
-  if (frame.imageSize == 0 || frame.imageSize > bytes) return;
+  if (frame.imageSize == 0 || frame.imageSize > bytes) return sink(ZynImage{});
   frame.imageID = arv_buffer_get_frame_id(buffer);
   frame.timestamp = arv_buffer_get_timestamp(buffer);
-  *running = sink(frame);
+  return sink(frame);
 }
 
 CameraControls::Range CameraSource::Read(Feature feature) const {

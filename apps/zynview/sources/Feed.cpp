@@ -43,9 +43,10 @@ void Feed::Start() {
   thread = std::thread([this, before, frames = source, mine = run, over = ended] {
     if (before->joinable()) before->join();
     frames->Run([this, mine](const ZynImage& frame) {
+      if (mine->stopped) return false;
       const std::lock_guard<std::mutex> guard(mine->lock);
       if (!mine->stopped && frame.imageData) HandOver(frame);
-      return !mine->stopped;
+      return !mine->stopped.load();
     });
     *over = true;
   });
@@ -89,8 +90,8 @@ void Feed::Stop() {
   stop = true;
   if (preparation) preparation->Close();
   if (run) {
-    const std::lock_guard<std::mutex> guard(run->lock);
     run->stopped = true;
+    const std::lock_guard<std::mutex> guard(run->lock);  // until the last frame is handed over
   }
   if (!errands && thread.joinable()) thread.join();
 }

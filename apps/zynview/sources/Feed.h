@@ -51,8 +51,9 @@ class Feed {
  private:
   // What `Stop` needs of one run: the thread goes on without the feed while its source comes to rest.
   struct Run {
-    std::mutex lock;  // held while a frame is handed over; guards what follows
-    bool stopped = false;
+    std::mutex lock;  // held while a frame is handed over
+    // Set before `Stop` takes the lock: no further frame takes it then, however fast they come.
+    std::atomic<bool> stopped{false};
   };
 
   // The thread of the frames, all three.

@@ -180,6 +180,7 @@ void MainWindow::Opened(const Options& wanted, const std::shared_ptr<std::unique
   QString error = problem;
   if (!error.isEmpty() || !Show(std::move(*source), &error)) {
     cameraDock->SetControls(feed && !isLost ? feed->Controls() : nullptr);
+    notice->setVisible(isLost);  // its button may be pressed again
     return Complain(error);
   }
   for (const QString& file : wanted.files) settings.recent.Add(file);
@@ -208,15 +209,18 @@ void MainWindow::FormatChanged(const QString& before, const QString& problem) {
     return;
   }
   statusBar()->clearMessage();
-  const Raised raised(&isPreparing);
   const FrameSource& source = feed->Source();
+  if (source.IsLost()) {  // its last picture stays
+    isChanging = false;
+    return TellLoss();
+  }
+  const Raised raised(&isPreparing);
   QString error = problem;
   if (!Prepare(source.Format(), source.Description(), &error) && problem.isEmpty() && !before.isEmpty()) {
     // Back to what the display can show. When that fails as well, all stays as it is then.
-    Complain(error);
-    cameraTalk.Do([this, controls = feed->Controls(), before]() -> Background::Answer {
+    cameraTalk.Do([this, controls = feed->Controls(), before, error]() -> Background::Answer {
       const QString refused = controls->SetPixelFormat(before);
-      return [this, refused] { FormatChanged(QString(), refused); };
+      return [this, text = refused.isEmpty() ? error : refused] { FormatChanged(QString(), text); };
     });
     return;
   }
@@ -228,7 +232,7 @@ void MainWindow::FormatChanged(const QString& before, const QString& problem) {
 
 // The last picture stays, and the line above it says that it is the last.
 void MainWindow::TellLoss() {
-  if (isLost) return;
+  if (isLost || isChanging) return;  // while the format changes it is the camera thread's; asked again soon
   isLost = true;
   const QString name = feed->Source().Description();
   const CameraControls* controls = feed->Source().Controls();
