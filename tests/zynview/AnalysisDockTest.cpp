@@ -103,7 +103,8 @@ TEST_F(AnalysisDockTest, holds_the_line_with_a_click_on_the_profile) {
   auto* plot = dock.findChild<QWidget*>(QStringLiteral("profile"));
   ASSERT_NE(plot, nullptr);
   const auto click = [plot](Qt::MouseButton button) {
-    QMouseEvent event(QEvent::MouseButtonPress, QPointF(20, 20), button, button, Qt::NoModifier);
+    QMouseEvent event(QEvent::MouseButtonPress, QPointF(20, 20), QPointF(20, 20), button, button,
+                      Qt::NoModifier);
     QCoreApplication::sendEvent(plot, &event);
   };
   click(Qt::LeftButton);

@@ -14,9 +14,9 @@ struct Program {
   // Its settings have a place of their own, which is empty at first. Without a screen there is no OpenGL.
   explicit Program(const QStringList& arguments, bool withScreen = false) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(QStringLiteral("LD_PRELOAD"));
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), settings.Path());
     if (!withScreen) {
+      environment.remove(QStringLiteral("LD_PRELOAD"));  // the driver of OpenGL: tools/sanitizer-environment
       environment.remove(QStringLiteral("DISPLAY"));
       environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
       environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
