@@ -171,13 +171,14 @@ bool CameraSource::Camera::Connect(QString* error) {
   const bool simulated = id.isEmpty();
   if (simulated && !StartSimulator(error)) return false;
   const QString address = simulated ? QString::fromLatin1(kLoopback) : id;
+  auto mark = std::make_unique<Loss>(loss);  // before the device's own threads begin
   device.reset(arv_camera_new(address.toUtf8().constData(), &failure));
   if (!device) {
     *error = QStringLiteral("camera %1: %2").arg(address, failure.Text());
     return false;
   }
   g_signal_connect_data(arv_camera_get_device(device.get()), "control-lost", G_CALLBACK(HearLoss),
-                        new Loss(loss), ForgetLoss, GConnectFlags(0));
+                        mark.release(), ForgetLoss, GConnectFlags(0));
   name = QStringLiteral("%1 %2").arg(QString::fromUtf8(arv_camera_get_vendor_name(device.get(), nullptr)),
                                      QString::fromUtf8(arv_camera_get_model_name(device.get(), nullptr)));
   if (simulated) name = QStringLiteral("camera simulator (GigE Vision on loopback)");
