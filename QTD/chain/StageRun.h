@@ -43,6 +43,9 @@ class StageRun {
   int index = -1;
   ZynImgProcessor* stage = nullptr;
   const ZynImage* picture;
-  QTD::RecordHold hold;    // of `picture`
-  QTD::RecordHold former;  // of the picture before it, since a record may point at another one's pixels
+  QTD::RecordHold hold;  // of `picture`
+  // Of the picture before it, since a record may point at another one's pixels. One step back: the owner of
+  // pixels that two stages in a row hand on in records of their own has to leave them be for as long as a
+  // run.
+  QTD::RecordHold former;
 };

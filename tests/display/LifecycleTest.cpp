@@ -101,7 +101,7 @@ TEST_F(Lifecycle, replaces_the_viewer_of_the_other_variant_and_takes_its_bar_alo
   HostImage image(ZYN_PIXEL_MONO8, 64, 48);
   ASSERT_EQ(display->Initialize(&image.record), 0u);
   const QPointer<QTDViewer> viewer = display->Viewer();
-  const int children = parent.findChildren<QWidget*>().size();
+  const auto children = parent.findChildren<QWidget*>().size();
   display->Parameters().Set("system.opengl", "1");
   display->Initialize(&image.record);
   EXPECT_TRUE(viewer.isNull());

@@ -273,7 +273,7 @@ TEST(ManyDisplays, one_after_the_other_leave_nothing_behind) {
   parent.show();
   const HostImage image(ZYN_PIXEL_MONO12, 160, 120);
   for (int round = 0; round < kWarmUp; ++round) UseOnce(parent, image, round);
-  const int children = parent.findChildren<QObject*>().size();
+  const auto children = parent.findChildren<QObject*>().size();
   const double before = ResidentBytes();
   for (int round = 0; round < kRounds; ++round) {
     UseOnce(parent, image, round);

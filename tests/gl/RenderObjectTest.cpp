@@ -86,6 +86,23 @@ std::map<std::string, std::string> DeclaredUniforms(const std::string& name) {
   return types;
 }
 
+// Whether `call` comes back only when another thread has given the pass's lock up.
+template <typename Call>
+bool WaitsForLock(QGLRenderObject& pass, const Call& call) {
+  std::atomic<bool> held{false}, released{false};
+  std::thread holder([&] {
+    const QTD::RMutexLock guard(pass.Lock());
+    held = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    released = true;
+  });
+  while (!held) std::this_thread::yield();
+  call();
+  const bool waited = released;
+  holder.join();
+  return waited;
+}
+
 }  // namespace
 
 TEST(ShaderTexts, carry_their_language_marks) {
@@ -191,40 +208,15 @@ TEST_F(RenderObject, waits_for_the_lock_before_it_renders) {
   makeTarget(4, 4, ZYN_PIXEL_RGB8);
   RenderObjects::QGLColorCorrection pass(surface.get());
   ASSERT_TRUE(init(pass, 4, 4, ZYN_PIXEL_RGB8));
-  std::atomic<bool> held{false}, released{false};
-  std::thread holder([&] {
-    const QTD::RMutexLock guard(pass.Lock());
-    held = true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    released = true;
-  });
-  while (!held) std::this_thread::yield();
-  EXPECT_TRUE(pass.Render(source.get(), nullptr));
-  EXPECT_TRUE(released);
-  holder.join();
+  EXPECT_TRUE(WaitsForLock(pass, [&] { EXPECT_TRUE(pass.Render(source.get(), nullptr)); }));
 }
 
 TEST_F(RenderObject, waits_for_the_lock_before_it_is_prepared_or_released) {
   forEachPass(
       [](QGLRenderObject& pass, uint32_t code) {
         const Record image = MakeHeader(4, 4, code);
-        for (const bool prepare : {true, false}) {
-          std::atomic<bool> held{false}, released{false};
-          std::thread holder([&] {
-            const QTD::RMutexLock guard(pass.Lock());
-            held = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            released = true;
-          });
-          while (!held) std::this_thread::yield();
-          if (prepare) {
-            EXPECT_TRUE(pass.Init(image.get(), nullptr));
-          } else {
-            pass.Release();
-          }
-          EXPECT_TRUE(released) << prepare;
-          holder.join();
-        }
+        EXPECT_TRUE(WaitsForLock(pass, [&] { EXPECT_TRUE(pass.Init(image.get(), nullptr)); }));
+        EXPECT_TRUE(WaitsForLock(pass, [&] { pass.Release(); }));
       },
       surface.get());
 }
