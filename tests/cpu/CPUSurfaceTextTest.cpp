@@ -17,7 +17,7 @@ class CPUSurfaceTextTest : public testing::Test {
   CPUSurfaceTextTest() : canvas(BlankCanvas(300, 120)), painter(&canvas) { text.setTarget(&painter); }
 
   static QFont fontOf(const char* face, int size, bool bold = false) {
-    return QFont(QString::fromUtf8(face), size, bold ? 75 : 50, false);
+    return QFont(QString::fromUtf8(face), size, bold ? QFont::Bold : QFont::Normal, false);
   }
   // As each Part of the text says: the height of "A" less half the descent.
   static int heightOf(const QFont& font) {

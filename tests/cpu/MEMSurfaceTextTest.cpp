@@ -150,7 +150,7 @@ TEST_F(MEMSurfaceTextTest, treats_a_tab_as_text_through_a_painter_does) {
 TEST_F(MEMSurfaceTextTest, takes_the_default_colour_and_the_first_font) {
   Picture actual(ZYN_PIXEL_MONO8, 8, 1), expected = actual;
   draw(actual, "ab", 4, 4, "", nullptr);
-  StampModel(expected, QFont(QStringLiteral("Cambria"), 12, 75, false), CodesOf("ab"), 4, 4, 0, {0});
+  StampModel(expected, QFont(QStringLiteral("Cambria"), 12, QFont::Bold, false), CodesOf("ab"), 4, 4, 0, {0});
   EXPECT_EQ(actual.bytes, expected.bytes);
 }
 

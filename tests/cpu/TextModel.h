@@ -16,7 +16,7 @@
 #include "tests/cpu/StagePicture.h"
 
 inline QFont DefaultFont() {
-  return QFont(QStringLiteral("Cambria"), 11, 50, false);
+  return QFont(QStringLiteral("Cambria"), 11, QFont::Normal, false);
 }
 
 // Coverage 0 to 255 by pixel, the top row first: each character in a cell of its own, its corner at x, y.

@@ -8,7 +8,7 @@
 #include "gl/screen/QGLSurfaceText.h"
 
 inline QFont FontOf(const char* face, int size, bool bold = false) {
-  return QFont(QString::fromUtf8(face), size, bold ? 75 : 50, false);
+  return QFont(QString::fromUtf8(face), size, bold ? QFont::Bold : QFont::Normal, false);
 }
 
 inline QRect BoundsOf(const QFont& font, const QString& text) {

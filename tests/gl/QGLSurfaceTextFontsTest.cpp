@@ -18,7 +18,7 @@ TEST(QGLSurfaceTextFonts, take_a_negative_size_without_its_sign_and_keep_its_tex
   OpenText text;
   EXPECT_EQ(text.addFont("extra", "Cambria", -12, true, true), 6);
   QTD::PROPERTIES& list = *text.findFont("extra");
-  const QFont font(QStringLiteral("Cambria"), 12, 75, true);
+  const QFont font(QStringLiteral("Cambria"), 12, QFont::Bold, true);
   EXPECT_EQ(list.GetString("size"), "-12");
   EXPECT_EQ(list.GetString("name"), "extra");
   EXPECT_EQ(list.GetString("face"), "Cambria");
@@ -31,7 +31,7 @@ TEST(QGLSurfaceTextFonts, take_a_negative_size_without_its_sign_and_keep_its_tex
   const auto* const own = static_cast<const QFont*>(list.GetPointer("font"));
   ASSERT_NE(own, nullptr);
   EXPECT_EQ(own->pointSize(), 12);
-  EXPECT_EQ(own->weight(), 75);
+  EXPECT_EQ(own->weight(), QFont::Bold);
   EXPECT_TRUE(own->italic());
 }
 

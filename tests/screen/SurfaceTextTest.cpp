@@ -103,7 +103,7 @@ TEST(SurfaceText, adds_the_five_standard_fonts_in_their_order) {
     EXPECT_EQ(text.value(row[0], "italic"), "0");
     EXPECT_EQ(text.qfont(row[0])->family(), QString::fromUtf8(row[1]));
     EXPECT_EQ(text.qfont(row[0])->pointSize(), std::stoi(row[2]));
-    EXPECT_EQ(text.qfont(row[0])->weight(), row[3][0] == '1' ? 75 : 50);
+    EXPECT_EQ(text.qfont(row[0])->weight(), row[3][0] == '1' ? QFont::Bold : QFont::Normal);
   }
 }
 
