@@ -26,7 +26,7 @@ deps:
 	@tools/install-packages build run test
 
 test: deps
-	@tools/install-packages package
+	@tools/install-packages package qt6
 	tools/run-tests
 
 bench: deps build

@@ -118,7 +118,7 @@ void QTDProcessor::FreeStage(ZynImgProcessor* stage) noexcept {
 // `end` of the surface. That is on the GUI thread only; on others a stage is released without.
 void QTDProcessor::FreeStages(const std::vector<ZynImgProcessor*>& leaving, QTDSurface* surface) noexcept {
   if (leaving.empty()) return;
-  const SurfacePass pass(surface);
+  const SurfacePass pass(surface, SurfacePass::kDeletion);
   for (ZynImgProcessor* stage : leaving) FreeStage(stage);
 }
 

@@ -44,7 +44,8 @@ class QTDSurface {
   virtual bool done();
   virtual void resize(int width, int height);
   virtual void text(const char* string, int x, int y, const char* font, const ColorValue* color);
-  virtual bool begin(QTD::PROPERTIES* list);  // prepares a paint pass
+  // Prepares a paint pass; with "deletion" in the list one in which nothing is drawn, only deleted.
+  virtual bool begin(QTD::PROPERTIES* list);
   virtual void end(QTD::PROPERTIES* list, bool flush);
   virtual void flush(QTD::PROPERTIES* list);
   virtual bool isValid();

@@ -4,11 +4,14 @@
 #include "QTD/screen/QTDSurface.h"
 
 // A surface that cannot be prepared is not ended either: the pass of another thread may be under way on it.
-SurfacePass::SurfacePass(QTDSurface* usedSurface) : surface(usedSurface), begun(!usedSurface) {
+SurfacePass::SurfacePass(QTDSurface* usedSurface, Purpose purpose)
+    : surface(usedSurface), begun(!usedSurface) {
   if (!surface) return;
   serial = surface->Serial();
   try {
-    begun = surface->begin(nullptr);
+    QTD::PROPERTIES list;
+    if (purpose == kDeletion) list.Set("deletion", "1");
+    begun = surface->begin(purpose == kDeletion ? &list : nullptr);
     if (!begun) surface = nullptr;
   } catch (...) {  // ended all the same: the context may be current
   }

@@ -8,7 +8,11 @@ class QTDSurface;
 // `begin` at construction and `end` on the way out of the scope. A null surface is left alone. Never throws.
 class SurfacePass {
  public:
-  explicit SurfacePass(QTDSurface* usedSurface);
+  enum Purpose {
+    kDrawing,
+    kDeletion  // what lies on a card can be deleted also where nothing can be drawn any more
+  };
+  explicit SurfacePass(QTDSurface* usedSurface, Purpose purpose = kDrawing);
   ~SurfacePass();
   SurfacePass(const SurfacePass&) = delete;
   SurfacePass& operator=(const SurfacePass&) = delete;

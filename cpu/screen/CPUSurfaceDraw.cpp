@@ -168,9 +168,9 @@ void CPUSurface::image(const ZynImage* picture, const QTD::RectD* target, const 
     blit.draw(view, canvas, to, from);
     return;
   }
-  // All else is left to the painter, which fetches window pixels too when the picture is not in the window's
-  // format.
-  const QImage wrapped(view.data, view.width, view.height, static_cast<int>(view.stride),
-                       QImage::Format_RGB888);
-  painter->drawImage(QRectF(x / ratio, y / ratio, w / ratio, h / ratio), wrapped, from);
+  // All else is left to the painter. Over whole window pixels it draws the same from any format, and fetches
+  // no more of it than it shows; over parts of them it takes a road of its own for the window's format.
+  QImage shown(view.data, view.width, view.height, static_cast<int>(view.stride), QImage::Format_RGB888);
+  if (to != QRectF(to.toRect())) shown = shown.convertToFormat(QImage::Format_RGB32);
+  painter->drawImage(QRectF(x / ratio, y / ratio, w / ratio, h / ratio), shown, from);
 }

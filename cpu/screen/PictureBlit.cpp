@@ -86,10 +86,11 @@ bool IsFixed(const QTransform& way) {
 
 }  // namespace
 
+// Which window pixels belong to a target that takes part of one differs between Qt 5 and Qt 6.
 bool PictureBlit::canDraw(const QRectF& target, const QRectF& source) {
+  if (target != QRectF(target.toRect())) return false;
   if (!IsHuge(target)) return true;
   return target.width() <= kHugestSide && target.height() <= kHugestSide &&
-         target == QRectF(target.toRect()) &&                                       // no part of a pixel
          target.width() >= source.width() && target.height() >= source.height() &&  // only enlarged
          source.right() <= kFarthestPixel && source.bottom() <= kFarthestPixel;
 }

@@ -24,8 +24,8 @@ struct Canvas {
 // allocates nothing.
 class PictureBlit {
  public:
-  // Whether the drawing of `source` over `target` is known to the pixel. Beyond it Qt's raster engine takes
-  // roads that are not followed here.
+  // Whether the drawing of `source` over `target` is known to the pixel: over whole window pixels, up to a
+  // length. Beyond it Qt's raster engine takes roads that are not followed here.
   static bool canDraw(const QRectF& target, const QRectF& source);
 
   // Draws `source`, which lies in the picture, over `target` of the canvas; what reaches past the canvas is

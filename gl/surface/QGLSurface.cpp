@@ -175,14 +175,18 @@ bool QGLSurface::done() {
   return true;
 }
 
-bool QGLSurface::begin(QTD::PROPERTIES*) {
+bool QGLSurface::begin(QTD::PROPERTIES* list) {
   const QTD::RMutexLock guard(lock);
   // First of all: on another thread Qt ends the process, and the window may be closing meanwhile.
   if (context && !onContextThread()) return false;
   // Once the application is gone, so is the connection that the context was made on.
   if (!QCoreApplication::instance()) return false;
-  if (!window || !window->handle()) return false;
-  if (context && !(isCurrent && isActive()) && !makeCurrent()) return false;
+  const bool canDraw = window && window->handle();
+  const bool deleting = context && list && list->GetInt("deletion") != 0;
+  if (!canDraw && !deleting) return false;
+  if (context && !(isCurrent && isActive()) && !(canDraw && makeCurrent()) &&
+      !(deleting && makeCurrentElsewhere()))
+    return false;
   // An error is told to whom it happened: a pass within a pass finds those of the code around it.
   if (depth == 0) checkError("QGLSurface::begin()", 1, 0);
   ++depth;
@@ -203,6 +207,17 @@ bool QGLSurface::makeCurrent() {
   return true;
 }
 
+// Not where another context is current, which code around this goes on using.
+bool QGLSurface::makeCurrentElsewhere() {
+  if (QOpenGLContext::currentContext()) return false;
+  spare = std::make_unique<QOffscreenSurface>();
+  spare->setFormat(context->format());
+  spare->create();
+  isCurrent = spare->isValid() && context->makeCurrent(spare.get());
+  if (!isCurrent) spare.reset();
+  return isCurrent;
+}
+
 void QGLSurface::end(QTD::PROPERTIES*, bool) {
   const QTD::RMutexLock guard(lock);
   if (context && !onContextThread()) return;  // the pass is another thread's
@@ -218,6 +233,7 @@ void QGLSurface::leave() {
   depth = 0;
   if (isCurrent && isActive()) context->doneCurrent();
   isCurrent = false;
+  spare.reset();
 }
 
 void QGLSurface::flush(QTD::PROPERTIES* list) {

@@ -2,6 +2,7 @@
 // reaches the driver through it.
 #pragma once
 
+#include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QPointer>
@@ -31,7 +32,9 @@ class QGLSurface : public QTDSurface, public QOpenGLFunctions {
   bool done() override;
   void text(const char* string, int x, int y, const char* font, const ColorValue* color) override;
   // Makes the context current. Waits up to 3 s for that, but not again after it has waited in vain, until the
-  // context was to be had. Errors of the driver are asked for in the outermost pass alone, here as in `end`.
+  // context was to be had. With "deletion" set it does so also where the window has lost its native one,
+  // which does not keep the context's names. Errors of the driver are asked for in the outermost pass alone,
+  // here as in `end`.
   bool begin(QTD::PROPERTIES* list) override;
   void end(QTD::PROPERTIES* list, bool flush) override;
   // Swaps the buffers, at most once in 31 ms unless "force" is set. Waits for no other thread. A swap that
@@ -76,12 +79,14 @@ class QGLSurface : public QTDSurface, public QOpenGLFunctions {
  private:
   bool makeContext();
   bool makeCurrent();
+  bool makeCurrentElsewhere();
   void leave();  // the outermost pass
   bool onContextThread() const;
   void swapLater(int64_t delay);
   void paintAgain() const;
 
-  bool waitedInVain = false;     // for the context, and it was not to be had since
-  int depth = 0;                 // of `begin` within `begin`
-  std::unique_ptr<QTimer> late;  // makes up for a swap that came too early
+  bool waitedInVain = false;                 // for the context, and it was not to be had since
+  int depth = 0;                             // of `begin` within `begin`
+  std::unique_ptr<QOffscreenSurface> spare;  // in place of the window, where only something is deleted
+  std::unique_ptr<QTimer> late;              // makes up for a swap that came too early
 };

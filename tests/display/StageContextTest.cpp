@@ -153,6 +153,14 @@ TEST_F(StageContext, is_current_when_the_hosts_widget_goes_on_the_screen) {
   ExpectContext();
 }
 
+// As while its widget moves to another parent.
+TEST_F(StageContext, is_current_while_the_window_is_no_native_one_on_the_screen) {
+  Add();
+  Window()->destroy();
+  ASSERT_EQ(display->GetProcessor()->RemoveProcessor("host"), 0u);
+  ExpectContext();
+}
+
 TEST_F(StageContext, is_gone_when_the_widget_goes_in_a_run_on_the_screen) {
   Add([this] { return owner.reset(), 0u; });
   const std::size_t before = receiver.Images();

@@ -1,4 +1,5 @@
 // The life of a surface between its start and its end: passes, errors, and what it outlives.
+#include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <thread>
 
@@ -110,6 +111,43 @@ TEST_F(QGLSurfaceTest, begin_fails_at_once_without_a_native_window) {
   timer.start();
   EXPECT_FALSE(surface->begin(nullptr));
   EXPECT_LT(timer.elapsed(), 2000);
+}
+
+TEST_F(QGLSurfaceTest, begins_for_deletions_without_a_native_window) {
+  surface->end(nullptr, false);
+  QTD::PROPERTIES deletion;
+  deletion.Set("deletion", "1");
+  const auto deletesANameOfItsContext = [&] {
+    if (!surface->begin(&deletion) || !surface->isActive()) return false;
+    GLuint name = 0;
+    surface->glGenTextures(1, &name);
+    surface->glBindTexture(GL_TEXTURE_2D, name);
+    const bool given = surface->glIsTexture(name);
+    surface->glDeleteTextures(1, &name);
+    EXPECT_TRUE(surface->begin(&deletion));  // nests
+    surface->end(nullptr, false);
+    EXPECT_TRUE(surface->isActive());
+    surface->end(nullptr, false);
+    return given && !surface->isActive();
+  };
+  window->destroy();
+  EXPECT_TRUE(deletesANameOfItsContext());
+  EXPECT_FALSE(surface->begin(nullptr));  // there is still nothing to draw on
+  {
+    QOpenGLContext other;
+    ASSERT_TRUE(other.create());
+    QOffscreenSurface place;
+    place.create();
+    ASSERT_TRUE(other.makeCurrent(&place));
+    EXPECT_FALSE(surface->begin(&deletion));  // whoever drew there goes on drawing
+    EXPECT_EQ(QOpenGLContext::currentContext(), &other);
+  }
+  window->create();
+  EXPECT_TRUE(deletesANameOfItsContext());
+  EXPECT_TRUE(surface->begin(nullptr));
+  surface->end(nullptr, false);
+  window.reset();
+  EXPECT_TRUE(deletesANameOfItsContext());
 }
 
 TEST_F(QGLSurfaceTest, outlives_its_window) {

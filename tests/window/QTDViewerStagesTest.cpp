@@ -170,6 +170,7 @@ TEST_F(QTDViewerStagesTest, without_a_window_nothing_is_attached) {
 // Its surface is none that they could work on.
 TEST_F(QTDViewerStagesTest, a_processors_window_takes_no_stages_on_the_card) {
   const ZynImage format = Format(64, 48, ZYN_PIXEL_MONO8);
+  viewer.Window()->Surface()->resize(200, 150);  // there is something to paint on
   EXPECT_EQ(1u, viewer.attachGL(&format, &chain));
   EXPECT_TRUE(chain.names.empty());
 }
