@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDoubleSpinBox>
@@ -218,6 +219,20 @@ TEST(CameraDock, offers_the_formats_of_the_camera_and_greys_unknown_ones) {
   panel.Choose(panel.formats, 1);
   EXPECT_EQ(panel.wantedFormats.size(), 1) << "it has this one already";
   panel.dock.SetControls(nullptr);
+}
+
+TEST(CameraDock, leaves_a_list_that_is_open_as_it_is_when_the_camera_answers_the_same) {
+  FakeControls camera;
+  Panel panel;
+  panel.dock.show();
+  panel.Open(camera);
+  panel.formats->showPopup();
+  panel.formats->view()->setCurrentIndex(panel.formats->model()->index(0, 0));  // where the mouse is
+  panel.dock.Update();
+  panel.Settle();
+  EXPECT_TRUE(panel.formats->view()->isVisible());
+  EXPECT_EQ(panel.formats->view()->currentIndex().row(), 0);
+  EXPECT_EQ(panel.formats->currentText(), QStringLiteral("Mono12"));
 }
 
 TEST(CameraDock, leaves_the_camera_alone_while_it_is_hidden) {

@@ -59,6 +59,7 @@ CameraDock::CameraDock(FindCameras find, Background* search, Background* cameraT
   refresh->setText(QStringLiteral("Search"));
   refresh->setToolTip(QStringLiteral("Look for cameras again"));
   formats->setObjectName(QStringLiteral("formats"));
+  formats->setEnabled(false);
   connect(refresh, &QToolButton::clicked, this, [this] { Refresh(); });
   connect(list, qOverload<int>(&QComboBox::activated), this, [this](int index) {
     const QString id = list->itemData(index).toString();
@@ -137,15 +138,20 @@ void CameraDock::Show(const CameraControls::State& state) {
 
 void CameraDock::ShowFormats(const CameraControls::State& state) {
   format = state.format;
+  if (state.formats != offered) OfferFormats(state.formats);  // somebody may be choosing from the same ones
+  formats->setCurrentIndex(formats->findText(format));
+}
+
+void CameraDock::OfferFormats(const QStringList& names) {
+  offered = names;
   formats->clear();
-  formats->addItems(state.formats);
-  formats->setEnabled(!state.formats.isEmpty());
+  formats->addItems(names);
+  formats->setEnabled(!names.isEmpty());
   for (int i = 0; i < formats->count(); ++i) {
     // What this program cannot read is there, but cannot be chosen.
     auto* model = qobject_cast<QStandardItemModel*>(formats->model());
     if (model && PixelCode(formats->itemText(i)) == 0) model->item(i)->setEnabled(false);
   }
-  formats->setCurrentIndex(formats->findText(format));
 }
 
 void CameraDock::SetFeature(int feature, double value) {

@@ -49,6 +49,7 @@ class CameraDock : public QDockWidget {
   void MarkOpenCamera();
   void Show(const CameraControls::State& state);
   void ShowFormats(const CameraControls::State& state);
+  void OfferFormats(const QStringList& names);
   void SetFeature(int feature, double value);
   void SendNext();
 
@@ -60,7 +61,8 @@ class CameraDock : public QDockWidget {
   // What the user has chosen and the camera has not heard of. A slider that is drawn along is faster than it.
   std::array<std::optional<double>, CameraControls::kFeatures> wanted;
   bool isSetting = false;
-  QString format;  // what the camera has
+  QString format;       // what the camera has
+  QStringList offered;  // the list of formats as it is filled
   std::vector<CameraEntry> cameras;
   bool searched = false, isSearching = false;
   QComboBox* list;
