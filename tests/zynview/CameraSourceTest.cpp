@@ -48,13 +48,18 @@ struct Running {
   std::thread thread;
 };
 
+class OpenCameraSource : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(source.Open(&error)) << error.toStdString(); }
+
+  Simulator simulator;
+  CameraSource source{OfSimulator()};
+  QString error;
+};
+
 }  // namespace
 
-TEST(CameraSource, delivers_frames_of_the_format_that_it_tells) {
-  Simulator simulator;
-  CameraSource source(OfSimulator());
-  QString error;
-  ASSERT_TRUE(source.Open(&error)) << error.toStdString();
+TEST_F(OpenCameraSource, delivers_frames_of_the_format_that_it_tells) {
   Running running(&source);
   EXPECT_TRUE(Comes([&] { return running.frames >= 5; }));
   EXPECT_EQ(running.pixelType, source.Format().pixelType);
@@ -62,11 +67,7 @@ TEST(CameraSource, delivers_frames_of_the_format_that_it_tells) {
   EXPECT_TRUE(source.TakeProblems().isEmpty());
 }
 
-TEST(CameraSource, reads_and_sets_features_while_frames_come) {
-  Simulator simulator;
-  CameraSource source(OfSimulator());
-  QString error;
-  ASSERT_TRUE(source.Open(&error)) << error.toStdString();
+TEST_F(OpenCameraSource, reads_and_sets_features_while_frames_come) {
   Running running(&source);
   ASSERT_TRUE(Comes([&] { return running.frames >= 1; }));
   EXPECT_EQ(source.ID(), Simulator::Address());
@@ -80,11 +81,7 @@ TEST(CameraSource, reads_and_sets_features_while_frames_come) {
   EXPECT_EQ(zynview::PixelCode(source.PixelFormat()), source.Format().pixelType);
 }
 
-TEST(CameraSource, changes_the_pixel_format_when_the_frames_have_stopped) {
-  Simulator simulator;
-  CameraSource source(OfSimulator());
-  QString error;
-  ASSERT_TRUE(source.Open(&error)) << error.toStdString();
+TEST_F(OpenCameraSource, changes_the_pixel_format_when_the_frames_have_stopped) {
   {
     Running running(&source);
     ASSERT_TRUE(Comes([&] { return running.frames >= 1; }));
@@ -112,11 +109,7 @@ TEST(CameraSource, tells_when_there_is_no_camera) {
   EXPECT_TRUE(error.contains(Simulator::Address())) << error.toStdString();
 }
 
-TEST(CameraSource, ends_by_itself_when_the_camera_vanishes) {
-  Simulator simulator;
-  CameraSource source(OfSimulator());
-  QString error;
-  ASSERT_TRUE(source.Open(&error)) << error.toStdString();
+TEST_F(OpenCameraSource, ends_by_itself_when_the_camera_vanishes) {
   Running running(&source);
   ASSERT_TRUE(Comes([&] { return running.frames >= 2; }));
   simulator.Vanish();
