@@ -3,15 +3,24 @@
 #include "QTD/frame/LivePointers.h"
 #include "QTD/screen/QTDSurface.h"
 
+namespace {
+
+bool BeginFor(SurfacePass::Purpose purpose, QTDSurface& surface) {
+  if (purpose == SurfacePass::kDrawing) return surface.begin(nullptr);
+  QTD::PROPERTIES list;
+  list.Set("deletion", "1");
+  return surface.begin(&list);
+}
+
+}  // namespace
+
 // A surface that cannot be prepared is not ended either: the pass of another thread may be under way on it.
 SurfacePass::SurfacePass(QTDSurface* usedSurface, Purpose purpose)
     : surface(usedSurface), begun(!usedSurface) {
   if (!surface) return;
   serial = surface->Serial();
   try {
-    QTD::PROPERTIES list;
-    if (purpose == kDeletion) list.Set("deletion", "1");
-    begun = surface->begin(purpose == kDeletion ? &list : nullptr);
+    begun = BeginFor(purpose, *surface);
     if (!begun) surface = nullptr;
   } catch (...) {  // ended all the same: the context may be current
   }

@@ -169,8 +169,9 @@ void CPUSurface::image(const ZynImage* picture, const QTD::RectD* target, const 
     return;
   }
   // All else is left to the painter. Over whole window pixels it draws the same from any format, and fetches
-  // no more of it than it shows; over parts of them it takes a road of its own for the window's format.
+  // no more of it than it shows; over parts of them, which only a source that reaches past the picture leads
+  // to, it takes a road of its own for the window's format.
   QImage shown(view.data, view.width, view.height, static_cast<int>(view.stride), QImage::Format_RGB888);
-  if (to != QRectF(to.toRect())) shown = shown.convertToFormat(QImage::Format_RGB32);
+  if (!IsWhole(to)) shown = shown.convertToFormat(QImage::Format_RGB32);
   painter->drawImage(QRectF(x / ratio, y / ratio, w / ratio, h / ratio), shown, from);
 }

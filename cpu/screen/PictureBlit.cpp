@@ -86,9 +86,14 @@ bool IsFixed(const QTransform& way) {
 
 }  // namespace
 
+bool IsWhole(const QRectF& target) {
+  const auto isWhole = [](double number) { return std::rint(number) == number; };
+  return isWhole(target.x()) && isWhole(target.y()) && isWhole(target.width()) && isWhole(target.height());
+}
+
 // Which window pixels belong to a target that takes part of one differs between Qt 5 and Qt 6.
 bool PictureBlit::canDraw(const QRectF& target, const QRectF& source) {
-  if (target != QRectF(target.toRect())) return false;
+  if (!IsWhole(target)) return false;
   if (!IsHuge(target)) return true;
   return target.width() <= kHugestSide && target.height() <= kHugestSide &&
          target.width() >= source.width() && target.height() >= source.height() &&  // only enlarged

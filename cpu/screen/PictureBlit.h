@@ -20,6 +20,9 @@ struct Canvas {
   ptrdiff_t stride = 0;  // pixels from one line to the next
 };
 
+// Whether it takes whole window pixels.
+bool IsWhole(const QRectF& target);
+
 // Keeps its tables of columns and lines from one frame to the next, so that a view that stands still
 // allocates nothing.
 class PictureBlit {

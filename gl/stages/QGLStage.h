@@ -144,7 +144,7 @@ class QGLStage : public Base<Interface> {
     this->Reset();
     if (!(... || owned)) return Forget();
     if (OnGuiThread() || !QCoreApplication::instance()) {
-      const SurfacePass current(UsableSurface());
+      const SurfacePass current(UsableSurface(), SurfacePass::kDeletion);
       (owned.reset(), ...);
       return Forget();
     }
@@ -152,7 +152,7 @@ class QGLStage : public Base<Interface> {
     QMetaObject::invokeMethod(
         QCoreApplication::instance(),
         [taken, used = surface, usedContext = context] {
-          const SurfacePass current(Usable(used, usedContext));
+          const SurfacePass current(Usable(used, usedContext), SurfacePass::kDeletion);
           std::apply([](auto&... each) { (each.reset(), ...); }, *taken);
         },
         Qt::QueuedConnection);

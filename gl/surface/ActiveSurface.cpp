@@ -1,14 +1,18 @@
 #include "gl/surface/ActiveSurface.h"
 
 #include "gl/surface/LivingObjects.h"
+#include "gl/surface/QGLSurfaceRef.h"
 
-ActiveSurface::ActiveSurface(const void* usedSurface) : surface(LivingSurface(usedSurface)) {
-  if (!surface || surface->isActive()) return;
-  QTD::PROPERTIES list;
-  list.Set("deletion", "1");
-  begun = surface->begin(&list);
+namespace {
+
+// The one whose context it is.
+QGLSurface* OwnerOf(QGLSurface* surface) {
+  const auto* const reference = dynamic_cast<QGLSurfaceRef*>(surface);
+  return reference ? LivingSurface(reference->Referenced()) : surface;
 }
 
-ActiveSurface::~ActiveSurface() {
-  if (begun) surface->end(nullptr, false);
-}
+}  // namespace
+
+ActiveSurface::ActiveSurface(const void* usedSurface)
+    : surface(LivingSurface(usedSurface)),
+      pass(surface && !surface->isActive() ? OwnerOf(surface) : nullptr, SurfacePass::kDeletion) {}

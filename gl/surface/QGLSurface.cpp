@@ -165,6 +165,7 @@ bool QGLSurface::done() {
     delete context;
   }
   context.clear();
+  spare.reset();
   d_ptr = nullptr;  // the functions went with the context
   window.clear();
   lastFlushTime = 0;
@@ -184,8 +185,8 @@ bool QGLSurface::begin(QTD::PROPERTIES* list) {
   const bool canDraw = window && window->handle();
   const bool deleting = context && list && list->GetInt("deletion") != 0;
   if (!canDraw && !deleting) return false;
-  if (context && !(isCurrent && isActive()) && !(canDraw && makeCurrent()) &&
-      !(deleting && makeCurrentElsewhere()))
+  const bool isAtHand = isCurrent && isActive() && !(spare && canDraw);  // the window is back: draw there
+  if (context && !isAtHand && !(canDraw && makeCurrent()) && !(deleting && makeCurrentElsewhere()))
     return false;
   // An error is told to whom it happened: a pass within a pass finds those of the code around it.
   if (depth == 0) checkError("QGLSurface::begin()", 1, 0);
@@ -213,9 +214,12 @@ bool QGLSurface::makeCurrentElsewhere() {
   spare = std::make_unique<QOffscreenSurface>();
   spare->setFormat(context->format());
   spare->create();
-  isCurrent = spare->isValid() && context->makeCurrent(spare.get());
-  if (!isCurrent) spare.reset();
-  return isCurrent;
+  if (!spare->isValid() || !context->makeCurrent(spare.get())) {
+    spare.reset();
+    return false;
+  }
+  isCurrent = true;
+  return true;
 }
 
 void QGLSurface::end(QTD::PROPERTIES*, bool) {

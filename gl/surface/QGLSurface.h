@@ -32,9 +32,9 @@ class QGLSurface : public QTDSurface, public QOpenGLFunctions {
   bool done() override;
   void text(const char* string, int x, int y, const char* font, const ColorValue* color) override;
   // Makes the context current. Waits up to 3 s for that, but not again after it has waited in vain, until the
-  // context was to be had. With "deletion" set it does so also where the window has lost its native one,
-  // which does not keep the context's names. Errors of the driver are asked for in the outermost pass alone,
-  // here as in `end`.
+  // context was to be had. With "deletion" set it does so also where the window, or its native one, is gone:
+  // the names on the context are still there. Not where another context is current then. Errors of the driver
+  // are asked for in the outermost pass alone, here as in `end`.
   bool begin(QTD::PROPERTIES* list) override;
   void end(QTD::PROPERTIES* list, bool flush) override;
   // Swaps the buffers, at most once in 31 ms unless "force" is set. Waits for no other thread. A swap that

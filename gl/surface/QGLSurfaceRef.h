@@ -15,6 +15,7 @@ class QGLSurfaceRef : public QGLSurface {
   bool begin(QTD::PROPERTIES* list) override;  // true
   void end(QTD::PROPERTIES* list, bool flush) override;
   void flush(QTD::PROPERTIES* list) override;
+  const QGLSurface* Referenced() const { return referencedSurface; }  // it may be gone
 
  private:
   QGLSurface* referencedSurface;  // not owned; stays over `done`

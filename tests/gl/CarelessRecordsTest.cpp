@@ -150,25 +150,6 @@ TEST_F(CarelessRecordsTest, stages_answer_8_after_a_target_that_failed) {
   }
 }
 
-TEST_F(CarelessRecordsTest, a_stage_that_goes_while_the_native_window_is_gone_leaves_no_names) {
-  GLNames before = names();
-  before.programs = before.shaders = 0;  // Qt deletes them when the context is current next
-  auto stage = std::make_unique<QGLIPBayer>(&display);
-  const Record bayer = MakeRecord(kWidth, kHeight, ZYN_PIXEL_BAYERRG8);
-  ASSERT_EQ(Init(*stage, bayer), 0u);
-  EXPECT_GT(names().textures, before.textures);
-  surface->end(nullptr, false);
-  window->destroy();
-  stage.reset();
-  EXPECT_EQ(QOpenGLContext::currentContext(), nullptr);
-  window->create();
-  ASSERT_TRUE(ShowAndWait(*window));
-  ASSERT_TRUE(surface->begin(nullptr));
-  GLNames after = names();
-  after.programs = after.shaders = 0;
-  EXPECT_EQ(after, before);
-}
-
 // What is drawn next would land in the stage's target.
 TEST_F(CarelessRecordsTest, a_factor_that_is_no_number_leaves_no_target_bound) {
   const Record rgb = MakeRecord(kWidth, kHeight, ZYN_PIXEL_RGB8);

@@ -3,6 +3,7 @@
 #include "GLFixture.h"
 #include "GLSpy.h"
 #include "QTD/screen/SurfaceText.h"
+#include "gl/surface/ActiveSurface.h"
 
 namespace {
 
@@ -96,6 +97,23 @@ TEST_F(QGLSurfaceRefTest, begins_always_and_switches_no_context) {
   EXPECT_EQ(QOpenGLContext::currentContext(), surface->Context());
   ref.done();
   EXPECT_TRUE(ref.begin(nullptr));
+}
+
+TEST_F(QGLSurfaceRefTest, has_the_context_of_the_other_at_hand_for_deletions_while_that_one_lives) {
+  QGLSurfaceRef ref(surface.get());
+  ASSERT_TRUE(ref.init(nullptr));
+  surface->end(nullptr, false);
+  {
+    const ActiveSurface active(&ref);
+    EXPECT_TRUE(active);
+    EXPECT_TRUE(surface->isActive());
+  }
+  EXPECT_FALSE(surface->isActive());
+  window->destroy();
+  EXPECT_TRUE(ActiveSurface(&ref));
+  EXPECT_FALSE(surface->isActive());
+  surface.reset();
+  EXPECT_FALSE(ActiveSurface(&ref));
 }
 
 TEST_F(QGLSurfaceRefTest, done_leaves_the_context_alone) {

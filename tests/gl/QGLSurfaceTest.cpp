@@ -150,6 +150,22 @@ TEST_F(QGLSurfaceTest, begins_for_deletions_without_a_native_window) {
   EXPECT_TRUE(deletesANameOfItsContext());
 }
 
+TEST_F(QGLSurfaceTest, draws_on_a_window_that_comes_back_within_a_pass_for_deletions) {
+  surface->end(nullptr, false);
+  QTD::PROPERTIES deletion;
+  deletion.Set("deletion", "1");
+  window->destroy();
+  ASSERT_TRUE(surface->begin(&deletion));
+  EXPECT_NE(surface->Context()->surface(), window.get());
+  window->create();
+  ASSERT_TRUE(ShowAndWait(*window));
+  ASSERT_TRUE(surface->begin(nullptr));
+  EXPECT_EQ(surface->Context()->surface(), window.get());
+  surface->end(nullptr, false);
+  surface->end(nullptr, false);
+  EXPECT_FALSE(surface->isActive());
+}
+
 TEST_F(QGLSurfaceTest, outlives_its_window) {
   QGLTexture texture;
   QTD::PROPERTIES parameters = surfaceList();

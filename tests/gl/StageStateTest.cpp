@@ -36,6 +36,32 @@ TEST_P(StageStateTest, a_pass_leaves_its_result_on_unit_0) {
   EXPECT_EQ(BoundAfter(*stage, before.record()), result);
 }
 
+TEST_P(StageStateTest, no_names_stay_of_what_goes_while_the_native_window_is_gone) {
+  for (const bool onGuiThread : {true, false}) {
+    SCOPED_TRACE(onGuiThread ? "released on the GUI thread" : "released on another thread");
+    GLNames before = names();
+    before.programs = before.shaders = 0;  // Qt deletes them when the context is current next
+    auto stage = MakeStage();
+    ASSERT_EQ(InitOf(*stage), 0u);
+    ASSERT_EQ(RunOf(*stage), 0u);
+    EXPECT_GT(names().textures, before.textures);
+    surface->end(nullptr, false);
+    window->destroy();
+    if (!onGuiThread) {
+      std::thread([&] { stage->Face().Release(); }).join();
+      QCoreApplication::processEvents();
+    }
+    stage.reset();
+    EXPECT_EQ(QOpenGLContext::currentContext(), nullptr);
+    window->create();
+    ASSERT_TRUE(ShowAndWait(*window));
+    ASSERT_TRUE(surface->begin(nullptr));
+    GLNames after = names();
+    after.programs = after.shaders = 0;
+    EXPECT_EQ(after, before);
+  }
+}
+
 TEST_P(StageStateTest, a_picture_in_memory_that_cannot_be_uploaded_leaves_nothing_bound) {
   const auto stage = MakeStage();
   ASSERT_EQ(InitOf(*stage), 0u);
