@@ -48,10 +48,11 @@ class ZynDisplayProcessor : public ZynDisplayCommand {
   ///
   /// The bytes are taken for the prepared format: `pixelType` is not compared, and `origin` is not read. 0
   /// says that the image was taken, or dropped: before `Initialize`, or, of another size or format, when it
-  /// has more bytes than the prepared one. 7: no size or no pixels; 8: another size than prepared. Any code
-  /// may also come from something that failed just then, such as this image in the chain or a conversion of
-  /// another thread, and 9 from a converter that is set up there: the image had been taken. What goes wrong
-  /// later is told by "notification.image".
+  /// has more bytes than the prepared one. 7: no pixels; 8: another size than prepared, none also (7 where it
+  /// has more bytes or nothing is prepared). Any code may also come from something that failed just then,
+  /// such as this image in the chain or a conversion of another thread, and 9 from a converter that is set up
+  /// there: the image had been taken. What goes wrong later is told by "notification.image": 7 there for
+  /// `imageSize` or `linePitch` that cannot be true; missing bytes of packed formats are black.
   virtual uint32_t DisplayVideo(const ZynImage* image) = 0;
 
   /// Frees chain, converter and buffers; the controller stays, and may be initialised again. Without effect
@@ -63,8 +64,8 @@ class ZynDisplayProcessor : public ZynDisplayCommand {
   virtual ZynImgProcessingChain* GetProcessor() = 0;
 
   /// Prepares conversions into images like `format` (pixel code, width and height, those of the prepared
-  /// source). `ConvertImage` does it by itself the first time. 8: no chain; 1: another size, or no way to
-  /// that format; 9: null, or no memory. Default: 3.
+  /// source). `ConvertImage` does it by itself the first time, and tells of another size and of a format to
+  /// which there is no way. 8: no chain; 1: failed; 9: null, an unknown code, or no memory. Default: 3.
   virtual uint32_t InitConverter(const ZynImage* format) {
     (void)format;
     return ZYN_ERR_NOT_IMPLEMENTED;
@@ -81,8 +82,12 @@ class ZynDisplayProcessor : public ZynDisplayCommand {
   ///
   /// Of the record `output` success writes `imageID` and `origin` (0), and a failure nothing. After a failure
   /// the buffer is as it was, unless the display's widget went during the conversion: then it may hold the
-  /// picture. 7: images that do not fit what is prepared; 8: no chain, or it goes meanwhile; 1: no way to the
-  /// format, a stage failed, or the call came from a stage. Default: 3.
+  /// picture. 7: an input unlike the prepared format, no size, or, once a converter is prepared, an output
+  /// unlike it, null also; 8: no chain, or it goes meanwhile, or a first output that is null or of no known
+  /// format; 1: a first output of another size, no way to the format, an output whose pitch or size is not
+  /// that of its format, no pixels, a stage failed, or the call came from a stage. Input without pixels is no
+  /// failure for YUV422_8_UYVY and formats that the processor unpacks: the picture is black. The host guide
+  /// says into which formats there is a way; others may answer 0 with pixels that mean nothing. Default: 3.
   virtual uint32_t ConvertImage(const ZynImage* input, ZynImage* output) {
     (void)input;
     (void)output;
@@ -127,8 +132,9 @@ class ZynDisplay {
 
   /// Runs `input` through the display's chain and writes the picture into the host's `output` (a record with
   /// format, size and buffer) without showing it. Blocks until the GUI thread has done the work. The output
-  /// may be of another format each time; `imageID` and `timestamp` of its record become the input's, `origin`
-  /// 0. Codes, and what a failure leaves behind, as for `ZynDisplayProcessor::ConvertImage`.
+  /// may be of another format each time, so that each counts as the first; `imageID` and `timestamp` of its
+  /// record become the input's, `origin` 0. Codes, and what a failure leaves behind, as for
+  /// `ZynDisplayProcessor::ConvertImage`.
   virtual uint32_t ConvertImage(const ZynImage* input, ZynImage* output) = 0;
 
   /// Reserved: 0.
@@ -138,8 +144,8 @@ class ZynDisplay {
   virtual uint32_t ReservedTwo() { return 0; }
 
   /// Carries a point from window to image pixels (`direction` 1) or back (any other value); fractions are cut
-  /// off. Null stands for 0, and gets nothing back. Points off the picture are carried as well: their numbers
-  /// may be negative, as `int32_t`. 1: no window, or a number that is too large. Default: 0.
+  /// off. Null stands for 0, and gets nothing back. Both are taken as `int32_t`: points off the picture are
+  /// carried as well, and may be negative. 1: no window, or a number that is too large. Default: 0.
   virtual uint32_t TranslatePosition(uint32_t* x, uint32_t* y, int direction) {
     (void)x;
     (void)y;
@@ -147,7 +153,8 @@ class ZynDisplay {
     return 0;
   }
 
-  /// A new display, which shows nothing before `Initialize`. The caller owns it. GUI thread.
+  /// A new display, which shows nothing before `Initialize`. The caller owns it. GUI thread: for one that was
+  /// made on another thread `Initialize` waits for ever there.
   ZYN_EXPORT static ZynDisplay* CreateComponent();
 
   /// Ends a display: calls of other threads that are under way end first, and those that wait end with 8. Off

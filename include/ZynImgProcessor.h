@@ -27,12 +27,15 @@ class ZynImgProcessor {
   /// Prepares the stage for images like `source` (a header, its pixels are not read). `output` may be null;
   /// where a stage can choose, it states the wanted format. Calls `Release` first. The records stay the
   /// caller's and are copied. 3: a format that the stage does not handle; 7: null, or no size; 9: no memory;
-  /// 8: no surface of OpenGL; 1: a parameter that is no number.
+  /// 8: no surface of OpenGL; 1: a parameter that is no number, for which "yuv2rgb", "unpack" and "image..."
+  /// of the processor raise `std::invalid_argument` or `std::out_of_range`.
   virtual uint32_t Init(const ZynImage* source, const ZynImage* output) = 0;
 
   /// Processes one image. Without an `output` the result is written into the stage's own image; with one it
   /// is written there, and an `output` of another size than prepared is refused (7). `data` is handed along
   /// by a chain, and null elsewhere. The caller owns all three, and keeps them as long as it reads `Out`.
+  /// In a chain on the card the pixels of `source` are not in memory: `imageData` is not null, but its bytes
+  /// mean nothing, unless the stage in front has "readGPU" 1.
   /// 7: null, no pixels, an `output` that does not fit; 8 or 1: before `Init`; 1, or 9 from a Bayer stage: a
   /// source of another size or format, or the work failed.
   virtual uint32_t ProcessImage(const ZynImage* source, ZynImage* output, void* data) = 0;
@@ -127,12 +130,12 @@ class ZynImgProcessingChain {
 namespace ZynDisplayQT {
 
 /// Turns YUV422_8_UYVY into RGB8, in an image of its own whatever the `output`. A source that cannot be
-/// converted gives a black picture, and success.
+/// converted, also one without pixels, gives a black picture, and success.
 class YUV2RGB : public ZynImgProcessor {};
 
 /// Turns a packed monochrome or Bayer format into one 16-bit word for each sample, with the value in its low
-/// bits, in an image of its own whatever the `output`. A source that cannot be unpacked gives a black
-/// picture, and success.
+/// bits, in an image of its own whatever the `output`. A source that cannot be unpacked, also one without
+/// pixels, gives a black picture, and success; on the card bit streams fail then.
 class Unpack : public ZynImgProcessor {};
 
 /// Copies an image and converts depth, channels and channel order on the way. Parameters, read by `Init`:
@@ -155,8 +158,10 @@ class Bayer : public ZynImgProcessor {};
 class ColorCorrection : public ZynImgProcessor {
  public:
   /// "cmd.params.apply" takes the parameters from `args`, where they are present, and applies them from the
-  /// next image on; "cmd.params.reset" sets them back. 1 when done; 0 for an unknown command, to apply a text
-  /// that is no number, null, or before `Init`. Any thread.
+  /// next image on; "cmd.params.reset" sets them back. 1 when done; 0 for an unknown command, a text that is
+  /// no number, or before `Init`. To apply null is 0 on the processor; on the card it stands for no
+  /// arguments. On the card arguments do not become parameters, and a reset is applied with the argument
+  /// "apply" 1 only. Nothing is raised. Any thread.
   virtual uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) = 0;
 };
 
@@ -165,11 +170,12 @@ class ColorCorrection : public ZynImgProcessor {
 /// Parameters: "thres.lo" and "thres.hi" (sample values before colour correction, of RGB the sum of three;
 /// pixels below and above are marked; a negative one stands for 1 and for the largest value less 1),
 /// "color.lo" and "color.hi" (0x00BBGGRR). The values come from the stage "image.unpacked" of the chain whose
-/// component the factory was given; without that no picture passes.
+/// component the factory was given; without that no picture passes. On the card only `Init` reads them, which
+/// also enables the stage.
 class ExposureColoration : public ZynImgProcessor {
  public:
-  /// As for `ColorCorrection`, but a text that is no number raises `std::invalid_argument` or
-  /// `std::out_of_range`; 0 also without a chain. Any thread.
+  /// As for `ColorCorrection`; 0 also without a chain. On the card "cmd.params.apply" and "cmd.params.reset"
+  /// answer 1 and change nothing. Any thread.
   virtual uint32_t RunCommand(const char* name, QTD::ARGUMENTS* args) = 0;
 };
 

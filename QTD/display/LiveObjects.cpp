@@ -75,10 +75,14 @@ bool LiveObjects::IsInside(const void* object) {
 
 bool LiveObjects::Retire(const void* object, std::function<void()> destroy, std::function<bool()> isUsed) {
   {
-    std::lock_guard<std::mutex> guard(lock);
+    std::unique_lock<std::mutex> guard(lock);
     const auto found = objects.find(object);
     if (found == objects.end() || found->second.closing) return false;
     found->second.closing = true;
+    if (platform::HasEnded()) {
+      AwaitOthers(guard, found->second);
+      return true;
+    }
   }
   if (!QCoreApplication::instance() || platform::OnGuiThread()) {
     FinishRetirement(object, destroy, isUsed);
@@ -109,8 +113,13 @@ void LiveObjects::Remove(const void* object) {
   const auto found = objects.find(object);
   if (found == objects.end()) return;
   found->second.closing = true;
-  // Map nodes stay where they are while others come and go.
-  auto& calls = found->second.byThread;
+  AwaitOthers(guard, found->second);
+  objects.erase(object);
+}
+
+// Map nodes stay where they are while others come and go.
+void LiveObjects::AwaitOthers(std::unique_lock<std::mutex>& guard, Calls& closed) {
+  auto& calls = closed.byThread;
   const auto othersHaveLeft = [&calls] {
     return std::all_of(calls.begin(), calls.end(),
                        [](const auto& call) { return call.first == std::this_thread::get_id(); });
@@ -126,7 +135,6 @@ void LiveObjects::Remove(const void* object) {
     WaitABit();
     guard.lock();
   }
-  objects.erase(object);
 }
 
 }  // namespace QTD

@@ -29,6 +29,7 @@ class LiveObjects {
   // thread. That is at once when this is the GUI thread and it is not itself inside a call, a notification or
   // host code that runs under locks, nor is the object used as `isUsed` knows; else a moment later from the
   // event loop. False when the object is not alive.
+  // Once Qt has ended the object is left behind, closed: it could be taken apart with Qt's help only.
   bool Retire(const void* object, std::function<void()> destroy, std::function<bool()> isUsed = {});
 
   // For objects that are deleted directly: refuses further calls and waits for those of other threads. On the
@@ -41,6 +42,7 @@ class LiveObjects {
     bool closing = false;
   };
 
+  void AwaitOthers(std::unique_lock<std::mutex>& guard, Calls& closed);
   void FinishRetirement(const void* object, const std::function<void()>& destroy,
                         const std::function<bool()>& isUsed);
 

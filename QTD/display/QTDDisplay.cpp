@@ -12,6 +12,7 @@
 #include "QTD/frame/LivePointers.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
+#include "QTD/platform/GuiThread.h"
 #include "QTD/window/QTDViewer.h"
 #include "QTD/window/QTDWindow.h"
 
@@ -102,6 +103,11 @@ QTDDisplay::~QTDDisplay() {
 void QTDDisplay::BeginClosing() {
   closing = true;
   messenger.Close();
+  if (QTD::platform::HasEnded()) {
+    // It is left behind, but calls no receiver any more.
+    while (messenger.IsRunning() && !QTD::Messenger::IsDelivering()) QTD::WaitABit();
+    return;
+  }
   QMetaObject::invokeMethod(
       this, [this] { CloseMenus(); }, Qt::QueuedConnection);
 }

@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QObject>
 #include <QThread>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -25,13 +26,15 @@ std::condition_variable& changed = *new std::condition_variable;  // an answer w
 std::deque<std::function<void()>>& jobs = *new std::deque<std::function<void()>>;
 uint32_t quits = 0;  // how often a waiting thread was told that the application is about to quit
 
+std::atomic<bool> ended{false};
+
 struct Answer {
   bool given = false;
   int64_t value = 0;
 };
 
 QCoreApplication* Application() {
-  return QCoreApplication::closingDown() ? nullptr : QCoreApplication::instance();
+  return HasEnded() || QCoreApplication::closingDown() ? nullptr : QCoreApplication::instance();
 }
 
 std::function<void()> NextJob() {
@@ -63,6 +66,18 @@ class Courier : public QObject {
 };
 
 }  // namespace
+
+// Static objects go in the reverse order: this one before all that Qt has made by now, of which the main
+// thread's own data count most.
+void WatchForTheEnd() {
+  static struct AtTheEnd {
+    ~AtTheEnd() { ended = true; }
+  } atTheEnd;
+}
+
+bool HasEnded() {
+  return ended;
+}
 
 bool OnGuiThread() {
   const QCoreApplication* const application = Application();

@@ -6,6 +6,13 @@
 
 namespace QTD::platform {
 
+// From now on `HasEnded` tells the end. For code that stands where there is an application; GUI thread.
+void WatchForTheEnd();
+
+// Whether the process destroys its static objects, and what Qt keeps in such ones with them: behind the end
+// of `main`, even when an application is left over. Nothing of Qt's may be called any more. Any thread.
+bool HasEnded();
+
 // Runs `job` on the GUI thread when its event loop comes to it; drops it when there is no application. Any
 // thread.
 void QueueOnGuiThread(std::function<void()> job);

@@ -126,6 +126,16 @@ std::string OverlayStage<Interface>::AddRectFrom(ARGUMENTS& values) {
   return AddRect(x, y, width, view.GetInt("rect.h", "0"), &list);
 }
 
+// Where a place is no number, there is no object.
+template <typename Interface>
+std::string OverlayStage<Interface>::AddFrom(bool text, ARGUMENTS& values) {
+  try {
+    return text ? AddTextFrom(values) : AddRectFrom(values);
+  } catch (...) {
+    return {};
+  }
+}
+
 template <typename Interface>
 uint32_t OverlayStage<Interface>::RunCommand(const char* command, ARGUMENTS* args) {
   const std::string wanted = command ? command : "";
@@ -134,7 +144,7 @@ uint32_t OverlayStage<Interface>::RunCommand(const char* command, ARGUMENTS* arg
   const Action action = FindAction(wanted.substr(prefix.size()));
   if (action == Action::kNone) return 0;
   if (action == Action::kDelete) return DeleteObject(ArgumentView(args).GetString("objectID")) ? 1 : 0;
-  const std::string id = action == Action::kAddText ? AddTextFrom(*args) : AddRectFrom(*args);
+  const std::string id = AddFrom(action == Action::kAddText, *args);
   (*args)["objectID"] = id;
   return id.empty() ? 0 : 1;
 }
@@ -143,7 +153,9 @@ template <typename Interface>
 uint32_t OverlayStage<Interface>::ExecuteCommand(const char* command) {
   const std::string wanted = command ? command : "";
   const RMutexLock guard(lock);
-  if (wanted == "params.apply") return Finish(ApplyParameters() ? 0u : uint32_t{ZYN_ERR_FAILED});
+  if (wanted == "params.apply") {
+    return Finish(this->CodeOf([&] { return ApplyParameters() ? 0u : uint32_t{ZYN_ERR_FAILED}; }));
+  }
   if (wanted == "params.reset") return Finish(ready ? 0u : uint32_t{ZYN_ERR_FAILED});
   const Action action = FindAction(wanted);
   if (action == Action::kNone) return ComponentImpl::ExecuteCommand(command);
@@ -152,7 +164,7 @@ uint32_t OverlayStage<Interface>::ExecuteCommand(const char* command) {
   }
   ARGUMENTS values;
   parameters.ExportArguments(values);
-  const std::string id = action == Action::kAddText ? AddTextFrom(values) : AddRectFrom(values);
+  const std::string id = AddFrom(action == Action::kAddText, values);
   parameters.Set("objectID", id);
   return Finish(id.empty() ? uint32_t{ZYN_ERR_FAILED} : 0u);
 }

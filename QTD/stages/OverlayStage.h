@@ -37,6 +37,7 @@ class OverlayStage : public Stage<Interface> {
 
  private:
   // The commands; `values` are the arguments of the caller, or the stage's own parameters.
+  std::string AddFrom(bool text, ARGUMENTS& values);
   std::string AddTextFrom(ARGUMENTS& values);
   std::string AddRectFrom(ARGUMENTS& values);
   bool ApplyParameters();

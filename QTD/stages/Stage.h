@@ -41,6 +41,17 @@ class Stage : public Interface, public ImageProcessorData, public ComponentImpl 
     return Compose(code);
   }
 
+  // The bare code of a command's work. Commands do not throw: work that does, for a text that is no number or
+  // without memory, has failed.
+  template <typename Work>
+  static uint32_t CodeOf(const Work& work) {
+    try {
+      return work();
+    } catch (...) {
+      return ZYN_ERR_FAILED;
+    }
+  }
+
   // "image.flip.vert" as the shaders take it, for which 1 alone turns: any number but 0 does.
   bool Flip() { return parameters.GetBool("image.flip.vert", "0"); }
 

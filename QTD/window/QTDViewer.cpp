@@ -1,5 +1,6 @@
 #include "QTD/window/QTDViewer.h"
 
+#include <QAbstractScrollArea>
 #include <QFocusEvent>
 #include <QGuiApplication>
 #include <QResizeEvent>
@@ -10,6 +11,7 @@
 
 #include "QTD/frame/Logging.h"
 #include "QTD/frame/Text.h"
+#include "QTD/platform/GuiThread.h"
 #include "QTD/window/QTDWindow.h"
 
 using QTD::ToText;
@@ -22,6 +24,7 @@ constexpr int kFocusMilliseconds = 20;
 
 QTDViewer::QTDViewer(QWidget* parentWidget, bool opengl) : QWidget(parentWidget) {
   parameters.Set("class", "QTDViewer");
+  QTD::platform::WatchForTheEnd();
   note("system.opengl", ToText(opengl));
   note("system.parentWidget", ToText(static_cast<const void*>(parentWidget)));
   if (!parentWidget) {
@@ -87,6 +90,29 @@ bool QTDViewer::makeWindow(bool opengl) {
   return true;
 }
 
+// Without a native window of its own the container leaves the picture's window in the one of the whole
+// top-level widget, where any widget between them that becomes native later covers it, as a native sibling
+// makes them. A native window moves into theirs instead. The widgets around it stay as they are, but for the
+// bar in the viewer, which is made native with its sibling; the other bar has left the viewer before.
+void QTDViewer::makeNative() {
+  for (QWidget* widget : {static_cast<QWidget*>(horzBar), container.data()}) {
+    widget->setAttribute(Qt::WA_DontCreateNativeAncestors);
+    widget->setAttribute(Qt::WA_NativeWindow);
+  }
+}
+
+// A scroll area, or a MDI area, cuts off what sticks out of it only from windows inside its own.
+void QTDViewer::joinScrollArea() {
+  QWidget* outermost = nullptr;
+  for (QWidget* widget = parentWidget(); widget; widget = widget->parentWidget()) {
+    if (qobject_cast<QAbstractScrollArea*>(widget)) outermost = widget;
+    if (widget->isWindow()) break;
+  }
+  if (!outermost) return;
+  for (QWidget* widget = this; widget != outermost; widget = widget->parentWidget()) widget->winId();
+  outermost->winId();
+}
+
 // The window is about to go. Threads that are inside it come out before.
 void QTDViewer::loseWindow() {
   if (window) Q_EMIT signalWindowClosing();
@@ -121,6 +147,7 @@ void QTDViewer::layOut(QWidget* parentWidget) {
   if (container) column->addWidget(container, 1);
   column->addWidget(horzBar);
   place.Add(parentWidget, this, vertBar);
+  if (container) makeNative();
 
   horzBar->show();
   vertBar->show();
@@ -161,11 +188,14 @@ bool QTDViewer::event(QEvent* event) {
   return true;
 }
 
+// The container is shown anew wherever the host moves its widget.
+//
 // Qt's container asks for the window's activation at once when its top-level window becomes the active one.
 // On X such a request makes the top-level window active anew, so that displays in windows of their own would
 // take the focus from each other for ever: each request is answered when that of another one is already under
 // way. Here the window of the one that is still the active one a moment later asks.
 bool QTDViewer::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == container && event->type() == QEvent::Show) joinScrollArea();
   if (watched != container || event->type() != QEvent::FocusIn ||
       static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) {
     return QWidget::eventFilter(watched, event);

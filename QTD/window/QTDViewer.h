@@ -96,6 +96,8 @@ class QTDViewer : public QWidget, public QTD::ComponentImpl {
  private:
   void makeBars();
   bool makeWindow(bool opengl);
+  void makeNative();
+  void joinScrollArea();
   void layOut(QWidget* parentWidget);
   void loseWindow();
   void dropContainer();

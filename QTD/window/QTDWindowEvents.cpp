@@ -1,8 +1,10 @@
 // Qt's input events on their way to the handlers.
+#include <QApplication>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWheelEvent>
+#include <QWidget>
 #include <algorithm>
 
 #include "QTD/window/QTDWindow.h"
@@ -40,7 +42,14 @@ void QTDWindow::dispatch(Ask ask) {
   }
 }
 
+// An open menu, of this window or of the host's menu bar, has the keys. Qt sees to that in windows of widgets
+// alone.
 void QTDWindow::keyPressEvent(QKeyEvent* event) {
+  if (QWidget* const popup = QApplication::activePopupWidget()) {
+    QWidget* const focused = popup->focusWidget();
+    QCoreApplication::sendEvent(focused ? focused : popup, event);
+    return;
+  }
   const int code = event->key();
   dispatch([code](QTDInput& handler) { return handler.key(code); });
 }

@@ -3,10 +3,12 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
+#include <QSet>
 
 #include "pixels/PixelTable.h"
 #include "sources/FileSource.h"
 #include "sources/FrameSaver.h"
+#include "sources/SafeFile.h"
 #include "view/ColorControls.h"
 
 namespace zynview {
@@ -33,10 +35,9 @@ class Converter {
     QImage picture;
     const QString problem = MakeWholePicture(std::move(frame), display, &picture);
     if (!problem.isEmpty()) return problem;
-    if (!QDir().mkpath(QFileInfo(file).path()) ||
-        !picture.save(file, QFileInfo(file).suffix().isEmpty() ? "PNG" : nullptr))
-      return QStringLiteral("%1 could not be written").arg(file);
-    return {};
+    if (!QDir().mkpath(QFileInfo(file).path()))
+      return QStringLiteral("the folder of %1 cannot be made").arg(file);
+    return WritePicture(picture, file);
   }
 
  private:
@@ -66,20 +67,33 @@ QString ConvertOne(const FileSource& files, uint64_t number, Converter& converte
   OwnFrame frame;
   QString error;
   if (!files.Load(number, &frame, &error)) return error;
-  const QString file = PictureFileFor(out, files.NameOf(number), number, files.Count());
-  if (QFileInfo(file) == QFileInfo(files.PathOf(number)))
-    return QStringLiteral("%1 would be written over itself").arg(file);
-  const QString problem = converter.Convert(std::move(frame), file);
+  const QString problem =
+      converter.Convert(std::move(frame), PictureFileFor(out, files.NameOf(number), number, files.Count()));
   return problem.isEmpty() ? problem : files.NameOf(number) + QStringLiteral(": ") + problem;
+}
+
+bool IsFolder(const QString& out) {
+  return QFileInfo(out).isDir() || out.endsWith(QLatin1Char('/'));
+}
+
+// Empty where nothing that is read would be written over: some of it may not have been read yet by then.
+QString Overwriting(const FileSource& files, const QString& out) {
+  QSet<QString> inputs;  // one name for each file, whatever links lead to it
+  for (const QString& input : files.Inputs()) inputs << QFileInfo(input).canonicalFilePath();
+  for (uint64_t i = 0; i < files.Count(); ++i) {
+    const QString target = PictureFileFor(out, files.NameOf(i), i, files.Count());
+    if (QFileInfo::exists(target) && inputs.contains(QFileInfo(target).canonicalFilePath()))
+      return QStringLiteral("%1 would be written over, but it is one of the files to convert").arg(target);
+  }
+  return {};
 }
 
 }  // namespace
 
 QString PictureFileFor(const QString& out, const QString& name, uint64_t number, uint64_t count) {
   const QFileInfo info(out);
-  const bool isFolder =
-      info.isDir() || out.endsWith(QLatin1Char('/')) || (count > 1 && info.suffix().isEmpty());
-  if (isFolder) return QDir(out).filePath(name + QStringLiteral(".png"));
+  if (IsFolder(out) || (count > 1 && info.suffix().isEmpty()))
+    return QDir(out).filePath(name + QStringLiteral(".png"));
   if (count <= 1) return out;
   return info.dir().filePath(QStringLiteral("%1-%2.%3")
                                  .arg(info.completeBaseName())
@@ -97,13 +111,16 @@ int ConvertFrames(FrameSource& source, ZynDisplayProcessor* display, const Optio
     result = kBad;
   };
   Converter converter(display, options);
-  QString error;
-  if (!source.Open(&error)) {
+  QString error = IsFolder(options.convert) ? QString() : PictureFormatProblem(options.convert);
+  if (!error.isEmpty() || !source.Open(&error)) {
     tell(error);
     return result;
   }
   if (auto* files = dynamic_cast<FileSource*>(&source)) {
     files->TakeProblems();  // each file is read again, and tells it then
+    tell(Overwriting(*files, options.convert));
+    if (result != kGood) return result;
+    for (const QString& remark : files->Remarks()) messages << "zynview: " << remark << '\n';
     for (uint64_t i = 0; i < files->Count(); ++i) tell(ConvertOne(*files, i, converter, options.convert));
     return result;
   }

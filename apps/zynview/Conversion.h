@@ -10,7 +10,9 @@
 namespace zynview {
 
 // Opens the source; converts all frames of files, and the first one of a camera or a scene. What goes wrong
-// is written to `messages`. Answers the program's exit code: 0, or 2 when a frame is missing. GUI thread.
+// is written to `messages`. Nothing is written where a picture cannot be written in that format, or would
+// take the place of a file that is read. Answers the program's exit code: 0, or 2 when a frame is missing.
+// GUI thread.
 int ConvertFrames(FrameSource& source, ZynDisplayProcessor* display, const Options& options,
                   QTextStream& messages);
 

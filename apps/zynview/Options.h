@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <cstdint>
+#include <optional>
 
 #include "view/ColorSettings.h"
 
@@ -17,11 +18,11 @@ struct Options {
   QStringList files;       // pictures, raw frames, raw dumps, folders
   uint32_t pixelType = 0;  // 0: what the source delivers by itself
   QSize size;
-  uint32_t pitch = 0;       // of a raw dump; 0: lines without padding
-  double rate = 25;         // frames per second of files and scene; 0: as fast as it goes
-  double seconds = 0;       // 0: until the window is closed
-  QString save;             // where the window's picture goes at the end
-  QString convert;          // where the frames go as pictures, without a window; empty: they are shown
+  uint32_t pitch = 0;          // of a raw dump; 0: lines without padding
+  std::optional<double> rate;  // frames per second of files and scene; 0: as fast as it goes
+  double seconds = 0;          // 0: until the window is closed
+  QString save;                // where the window's picture goes at the end
+  QString convert;             // where the frames go as pictures, without a window; empty: they are shown
   QString folder;           // where frames and pictures are saved; empty: the settings, then the current one
   QSize window;             // of the picture's part of the window; empty: a useful one
   bool bare = false;        // no status bar, no menu bar

@@ -20,19 +20,32 @@ int Fail(const QString& error) {
   return 2;
 }
 
-// What needs no window needs no screen either, but shaders do. This has to be known before there is an
-// application.
-bool NeedsNoScreen(int argc, char** argv) {
-  const auto isSaid = [argc, argv](std::initializer_list<std::string_view> wanted) {
-    return std::any_of(argv + std::min(argc, 1), argv + argc, [wanted](std::string_view argument) {
+// What the command line says of the screen has to be known before there is an application.
+class CommandLine {
+ public:
+  CommandLine(int argc, char** argv) : begin(argv + std::min(argc, 1)), end(argv + argc) {}
+
+  // Qt ends the program where it finds no screen.
+  bool HasScreen() const {
+    const auto isSet = [](const char* name) { return !qEnvironmentVariableIsEmpty(name); };
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM") ||
+           Says({"-platform", "--platform", "-display", "--display"});
+  }
+  // What needs no window needs no screen either, but shaders do.
+  bool NeedsScreen() const {
+    if (Says({"-h", "-v", "--help", "--help-all", "--version"})) return false;
+    return !Says({"--convert"}) || Says({"--opengl"});
+  }
+
+ private:
+  bool Says(std::initializer_list<std::string_view> wanted) const {
+    return std::any_of(begin, end, [wanted](std::string_view argument) {
       return std::find(wanted.begin(), wanted.end(), argument.substr(0, argument.find('='))) != wanted.end();
     });
-  };
-  if (isSaid({"-h", "-v", "--help", "--help-all", "--version"})) return true;
-  const bool isScreenThere =
-      !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-  return isSaid({"--convert"}) && !(isSaid({"--opengl"}) && isScreenThere);
-}
+  }
+
+  char **begin, **end;
+};
 
 int Convert(const zynview::Options& options) {
   QTextStream messages(stderr);
@@ -53,7 +66,9 @@ zynview::Settings SettingsFor(const zynview::Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (NeedsNoScreen(argc, argv)) qputenv("QT_QPA_PLATFORM", "offscreen");
+  const CommandLine line(argc, argv);
+  const bool hasScreen = line.HasScreen();
+  if (!hasScreen || !line.NeedsScreen()) qputenv("QT_QPA_PLATFORM", "offscreen");
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
   QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
   QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -66,6 +81,8 @@ int main(int argc, char** argv) {
   QString error;
   if (!zynview::ReadOptions(QApplication::arguments(), &options, &error)) return Fail(error);
   if (!options.convert.isEmpty()) return Convert(options);
+  if (!hasScreen)
+    return Fail(QStringLiteral("there is no screen to show a window on: set DISPLAY, or use --convert"));
 
   zynview::Settings settings = SettingsFor(options);
   settings.Complete(&options);
@@ -74,7 +91,7 @@ int main(int argc, char** argv) {
   if (!window.Start(zynview::MakeSource(options), &error)) return Fail(error);
   if (options.seconds > 0) {
     QTimer::singleShot(static_cast<int>(options.seconds * 1000), &application,
-                       [&window, &application] { application.exit(window.Finish() ? 0 : 1); });
+                       [&window, &application] { application.exit(window.Finish()); });
   }
   return QApplication::exec();
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Logging.h"
@@ -100,11 +101,11 @@ uint32_t CPUIPExposureColoration::Init(const ZynImage* source, const ZynImage*) 
       QTD::ImageCreateHeader(nullptr, format.width, format.origin == 1 ? -height : height, format.pixelType);
   if (!sourceInfo) return Finish(QTD::kStageNoMemory);
   outputInfo = sourceInfo;  // in place: one record for both
-  try {
-    Apply(values);  // without the stage, or its format, this one is not ready yet
-  } catch (...) {   // a parameter that is no number: the caller's matter
+  // Without the stage, or its format, this one is not ready yet.
+  const uint32_t code = CodeOf([&] { return Apply(values), 0u; });
+  if (code != 0) {
     Release();
-    throw;
+    return Finish(code);
   }
   KeepValues(unpacked.Stage(), IsEnabled());
   return Finish(0);
@@ -136,43 +137,46 @@ bool CPUIPExposureColoration::Apply(const std::optional<ZynImage>& values) {
 // Commands.
 
 uint32_t CPUIPExposureColoration::ExecuteCommand(const char* command) {
-  const std::string wanted = command ? command : "";
+  const std::string_view wanted = command ? command : "";
   if (wanted == "params.apply") {
     const QTD::UnpackedStage unpacked(link);
     const std::optional<ZynImage> values = unpacked.Info(false);
     const QTD::RMutexLock guard(lock);
-    return Finish(Apply(values) ? 0u : uint32_t{ZYN_ERR_FAILED});
+    return Finish(CodeOf([&] { return Apply(values) ? 0u : uint32_t{ZYN_ERR_FAILED}; }));
   }
   const QTD::RMutexLock guard(lock);
   if (wanted != "params.reset") return Finish(ZYN_ERR_NOT_SUPPORTED);
-  ResetParameters();
-  return Finish(0);
+  return Finish(ResetParameters());
 }
 
-void CPUIPExposureColoration::ResetParameters() {
-  parameters.SetAll(kDefaults);
+uint32_t CPUIPExposureColoration::ResetParameters() {
   ready = false;
+  return CodeOf([&] { return parameters.SetAll(kDefaults), 0u; });
 }
 
 uint32_t CPUIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS* args) {
-  const std::string wanted = command ? command : "";
+  const std::string_view wanted = command ? command : "";
   if (wanted == "cmd.params.reset") {
     const QTD::RMutexLock guard(lock);
-    ResetParameters();
-    return 1;
+    return ResetParameters() == 0 ? 1 : 0;
   }
   if (wanted != "cmd.params.apply" || !args) return 0;
   const QTD::UnpackedStage unpacked(link);
   const std::optional<ZynImage> values = unpacked.Info(false);
   const QTD::RMutexLock guard(lock);
-  QTD::ArgumentView view(args);
+  return CodeOf([&] { return ApplyArguments(*args, values) ? 0u : uint32_t{ZYN_ERR_FAILED}; }) == 0 ? 1 : 0;
+}
+
+// All four are parsed before one is written.
+bool CPUIPExposureColoration::ApplyArguments(QTD::ARGUMENTS& args, const std::optional<ZynImage>& values) {
+  QTD::ArgumentView view(&args);
   int numbers[4];
   for (size_t n = 0; n < 4; ++n) {
     const QTD::Default& entry = kDefaults[n];
     numbers[n] = view.GetInt(entry.name, parameters.GetString(entry.name, entry.value));
   }
   for (size_t n = 0; n < 4; ++n) parameters.Set(kDefaults[n].name, QTD::ToText(numbers[n]));
-  return Apply(values) ? 1 : 0;
+  return Apply(values);
 }
 
 // Running.

@@ -15,7 +15,8 @@
 // Parameters: "thres.lo" (pixels below it are marked; negative: 1), "thres.hi" (pixels above it; negative:
 // the largest value minus 1), "color.lo" and "color.hi" (0x00BBGGRR).
 //
-// Any thread may call any operation; one that asks the chain waits for a run that is under way.
+// Any thread may call any operation; one that asks the chain waits for a run that is under way. No operation
+// throws.
 class CPUIPExposureColoration : public QTD::Stage<ZynDisplayCPU::ExposureColoration> {
  public:
   explicit CPUIPExposureColoration(ZynComponent* parentComponent);
@@ -28,13 +29,16 @@ class CPUIPExposureColoration : public QTD::Stage<ZynDisplayCPU::ExposureColorat
   void Release() override;
   // Counts for "image.unpacked" as well, so that it copies while the coloration is on.
   bool Enable(bool on) override;
+  // A text that is no number leaves everything as it was: 1 from `ExecuteCommand` and `Init`, 0 from
+  // `RunCommand`.
   uint32_t ExecuteCommand(const char* command) override;
   uint32_t RunCommand(const char* command, QTD::ARGUMENTS* args) override;
 
  private:
   void ReadParameters(const ZynImage& values);
   bool Apply(const std::optional<ZynImage>& values);
-  void ResetParameters();
+  bool ApplyArguments(QTD::ARGUMENTS& args, const std::optional<ZynImage>& values);
+  uint32_t ResetParameters();
   uint32_t Run(const ZynImage* source, ZynImgProcessor* unpacked, const ZynImage* result,
                const std::optional<ZynImage>& info);
   uint32_t MarkPicture(ZynImage picture, ZynImage values);

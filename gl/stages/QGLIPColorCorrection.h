@@ -12,7 +12,8 @@
 // "flip.vert" (read by "params.apply") and "image.flip.vert" (read by `Init` and "cmd.params.apply").
 //
 // Commands of `ExecuteCommand`: "params.apply", "params.reset", "enable", "disable", "readGPU"; others do
-// nothing.
+// nothing. Commands do not throw: a text that is no number ends one with 1, or 0 from `RunCommand`, and
+// changes nothing.
 class QGLIPColorCorrection : public QGLStage<ZynDisplayQGL::ColorCorrection> {
  public:
   explicit QGLIPColorCorrection(ZynDisplayProcessor* display);

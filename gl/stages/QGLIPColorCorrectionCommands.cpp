@@ -1,6 +1,6 @@
 // The commands of the colour correction. The two that apply are not the same: each reads its own name for the
 // turn of the picture, and only the one with arguments writes numbers.
-#include <cstring>
+#include <string_view>
 
 #include "QTD/frame/ArgumentView.h"
 #include "gl/stages/QGLIPColorCorrection.h"
@@ -113,25 +113,23 @@ uint32_t QGLIPColorCorrection::ResetByCommand(QTD::ARGUMENTS* args) {
 }
 
 uint32_t QGLIPColorCorrection::ExecuteCommand(const char* command) {
-  const std::string wanted = command ? command : "";
   const QTD::RMutexLock guard(lock);
-  lastError = 0;
-  if (wanted == "enable" || wanted == "disable") Enable(wanted == "enable");
-  if (wanted == "params.apply") return Finish(Apply());
-  if (wanted == "params.reset") return Finish(ResetParameters());
-  if (wanted == "readGPU") return Finish(ReadBack());
-  return 0;
+  return Finish(CodeOf([&] {
+    const std::string_view wanted = command ? command : "";
+    if (wanted == "enable" || wanted == "disable") Enable(wanted == "enable");
+    if (wanted == "params.apply") return Apply();
+    if (wanted == "params.reset") return ResetParameters();
+    return wanted == "readGPU" ? ReadBack() : 0;
+  }));
 }
 
 uint32_t QGLIPColorCorrection::RunCommand(const char* command, QTD::ARGUMENTS* args) {
-  const std::string wanted = command ? command : "";
   const QTD::RMutexLock guard(lock);
-  if (wanted == "cmd.enable") {
-    Enable(QTD::ArgumentView(args).GetInt("enabled", "0") != 0);
-    return 0;
-  }
-  if (wanted == "cmd.params.apply") return Finish(ApplyArguments(args)) == 0 ? 1 : 0;
-  if (wanted == "cmd.params.reset") return Finish(ResetByCommand(args)) == 0 ? 1 : 0;
-  if (wanted == "readGPU") return Finish(ReadBack()) == 0 ? 1 : 0;
+  const auto done = [&](const auto& work) { return Finish(CodeOf(work)) == 0 ? 1u : 0u; };
+  const std::string_view wanted = command ? command : "";
+  if (wanted == "cmd.params.apply") return done([&] { return ApplyArguments(args); });
+  if (wanted == "cmd.params.reset") return done([&] { return ResetByCommand(args); });
+  if (wanted == "readGPU") return done([&] { return ReadBack(); });
+  if (wanted == "cmd.enable") EnableByCommand(args);
   return 0;
 }

@@ -1,5 +1,7 @@
 #include "gl/stages/QGLIPExposureColoration.h"
 
+#include <string_view>
+
 #include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Logging.h"
 #include "QTD/image/PixelFormats.h"
@@ -148,28 +150,27 @@ uint32_t QGLIPExposureColoration::WaitForPass() {
   return 0;
 }
 
+uint32_t QGLIPExposureColoration::ResetByCommand(QTD::ARGUMENTS* args) {
+  return QTD::ArgumentView(args).GetInt("apply", "0") == 1 ? WaitForPass() : 0;
+}
+
 uint32_t QGLIPExposureColoration::ExecuteCommand(const char* command) {
-  const std::string wanted = command ? command : "";
   const QTD::RMutexLock guard(lock);
-  lastError = 0;
-  if (wanted == "enable" || wanted == "disable") Enable(wanted == "enable");
-  if (wanted == "params.apply") return Finish(WaitForPass());
-  if (wanted == "readGPU") return Finish(ReadBack());
-  return 0;
+  return Finish(CodeOf([&] {
+    const std::string_view wanted = command ? command : "";
+    if (wanted == "enable" || wanted == "disable") Enable(wanted == "enable");
+    if (wanted == "params.apply") return WaitForPass();
+    return wanted == "readGPU" ? ReadBack() : 0;
+  }));
 }
 
 uint32_t QGLIPExposureColoration::RunCommand(const char* command, QTD::ARGUMENTS* args) {
-  const std::string wanted = command ? command : "";
   const QTD::RMutexLock guard(lock);
-  if (wanted == "cmd.enable") {
-    Enable(QTD::ArgumentView(args).GetInt("enabled", "0") != 0);
-    return 0;
-  }
-  if (wanted == "cmd.params.apply") return Finish(WaitForPass()) == 0 ? 1 : 0;
-  if (wanted == "cmd.params.reset") {
-    const bool apply = QTD::ArgumentView(args).GetInt("apply", "0") == 1;
-    return Finish(apply ? WaitForPass() : 0) == 0 ? 1 : 0;
-  }
-  if (wanted == "readGPU") return Finish(ReadBack()) == 0 ? 1 : 0;
+  const auto done = [&](const auto& work) { return Finish(CodeOf(work)) == 0 ? 1u : 0u; };
+  const std::string_view wanted = command ? command : "";
+  if (wanted == "cmd.params.apply") return done([&] { return WaitForPass(); });
+  if (wanted == "cmd.params.reset") return done([&] { return ResetByCommand(args); });
+  if (wanted == "readGPU") return done([&] { return ReadBack(); });
+  if (wanted == "cmd.enable") EnableByCommand(args);
   return 0;
 }

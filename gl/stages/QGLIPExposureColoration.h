@@ -15,7 +15,8 @@
 // Parameters: "thres.lo" (pixels below it are marked; negative: 1), "thres.hi" (pixels above it; negative:
 // the largest value minus 1, three times that for three channels), "color.lo" and "color.hi" (0x00BBGGRR),
 // "image.color.mono". `Init` alone reads them: the apply commands change nothing, unlike those of the
-// processor's stage. This is kept.
+// processor's stage. This is kept. Commands do not throw: an argument that is no number ends
+// one with 0.
 class QGLIPExposureColoration : public QGLStage<ZynDisplayQGL::ExposureColoration> {
  public:
   QGLIPExposureColoration(ZynDisplayProcessor* display, ZynComponent* chainComponent);
@@ -37,6 +38,7 @@ class QGLIPExposureColoration : public QGLStage<ZynDisplayQGL::ExposureColoratio
   uint32_t Run(const ZynImage* source, const ZynImage* values);
   bool BindPicture(const ZynImage& picture);
   uint32_t WaitForPass();
+  uint32_t ResetByCommand(QTD::ARGUMENTS* args);
 
   std::unique_ptr<RenderObjects::QGLExposureColoration> pass;
   QTD::PROPERTIES passArguments;  // of each picture; kept, so that a picture costs no memory

@@ -10,6 +10,7 @@
 #include <tuple>
 #include <utility>
 
+#include "QTD/frame/ArgumentView.h"
 #include "QTD/frame/Text.h"
 #include "QTD/image/ImageRecord.h"
 #include "QTD/screen/SurfacePass.h"
@@ -70,6 +71,14 @@ class QGLStage : public Base<Interface> {
     const SurfacePass current(used);
     QGLImage* const image = used ? Result() : nullptr;
     return image && image->readGPU(nullptr) ? 0u : uint32_t{ZYN_ERR_FAILED};
+  }
+
+  // "cmd.enable", which answers 0 in any case: a text that is no number changes nothing.
+  void EnableByCommand(QTD::ARGUMENTS* args) {
+    this->CodeOf([&] {
+      this->Enable(QTD::ArgumentView(args).GetInt("enabled", "0") != 0);
+      return 0u;
+    });
   }
 
   virtual QGLImage* Result() const { return target.get(); }

@@ -1,4 +1,7 @@
-// A program deletes its QApplication while a display lives, on a widget that it never deletes.
+// A program deletes its QApplication while a display lives, on a widget that it never deletes, or ends
+// without having deleted either.
+#include <cstdlib>
+
 #include "QTD/display/ZynDisplayImpl.h"
 #include "QTD/window/QTDViewer.h"
 #include "QTD/window/QTDWindow.h"
@@ -13,8 +16,8 @@ namespace {
 QWidget* widget = nullptr;
 ZynDisplay* display = nullptr;
 
-// Shows a picture, and deletes the application.
-void OutliveTheApplication(bool opengl) {
+// Shows a picture, in an application that nobody deletes.
+QApplication* ShowAPicture(bool opengl) {
   static int argc = 1;
   static char name[] = "test";
   static char* argv[] = {name, nullptr};
@@ -30,7 +33,11 @@ void OutliveTheApplication(bool opengl) {
   EXPECT_EQ(ZynDisplay_DisplayVideo(display, &image.record), 0u);
   EXPECT_TRUE(WaitFor([&] { return controller->Viewer() && controller->Viewer()->Window()->hasImage(); }));
   Settle(100);
-  delete application;
+  return application;
+}
+
+void OutliveTheApplication(bool opengl) {
+  delete ShowAPicture(opengl);
 }
 
 }  // namespace
@@ -51,6 +58,16 @@ TEST_P(ApplicationGone, the_display_may_be_left_over) {
   const Watchdog watchdog("the end of the application", std::chrono::seconds(40));
   OutliveTheApplication(GetParam());
   EXPECT_NE(ZynDisplay_GetComponent(display), nullptr);
+}
+
+// As a static object of the host's does it: what Qt itself keeps in such objects is gone by then.
+TEST_P(ApplicationGone, the_display_can_be_deleted_behind_the_end_of_main) {
+  if (QCoreApplication::instance()) return RunWithoutApplication(true);
+  const Watchdog watchdog("a display behind the end of main", std::chrono::seconds(40));
+  ASSERT_EQ(std::atexit([] { ZynDisplay_DeleteComponent(display); }), 0);
+  ShowAPicture(GetParam());
+  EXPECT_NE(ZynDisplay_GetComponent(display), nullptr);
+  std::exit(HasFailure() ? 1 : 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, ApplicationGone, testing::Bool(), [](const auto& variant) {

@@ -1,5 +1,5 @@
 // The commands of the colour correction stage.
-#include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "ColorCorrectionFixture.h"
@@ -148,15 +148,42 @@ TEST_F(QGLIPColorCorrectionCommands, other_names_do_nothing) {
 TEST_F(QGLIPColorCorrectionCommands, texts_that_are_no_numbers_apply_nothing) {
   Set("gain.r", "0.5");
   Set("offs.b", "dark");
-  EXPECT_THROW(Do("params.apply"), std::invalid_argument);
-  QTD::ARGUMENTS args{{"gamma", "steep"}};
-  EXPECT_THROW(stage.RunCommand("cmd.params.apply", &args), std::invalid_argument);
+  EXPECT_EQ(Do("params.apply"), Composed(1));
+  EXPECT_EQ(stage.lastError, 1u);
+  EXPECT_EQ(stage.RunCommand("cmd.params.apply", nullptr), 0u);  // the stage's own
+  EXPECT_EQ(stage.lastError, 1u);
+  Set("offs.b", "0");
+  const std::pair<const char*, const char*> bad[] = {
+      {"gain.r", "x"}, {"gain.r", "1e999"}, {"offs.g", "dark"}, {"gamma", "steep"}, {"debug.mode", "on"}};
+  for (const auto& [name, value] : bad) {
+    QTD::ARGUMENTS args{{"gain.g", "0.25"}, {name, value}};
+    EXPECT_EQ(stage.RunCommand("cmd.params.apply", &args), 0u) << name << " " << value;
+    EXPECT_EQ(stage.lastError, 1u);
+  }
   ASSERT_EQ(Run(stage, picture.get()), 0u);
   EXPECT_EQ(Texels(stage), samples);
   Set("offs.b", "0");
   Set("gamma", "steep");  // goes to the pass as it is
   EXPECT_EQ(Do("params.apply"), 0u);
   EXPECT_EQ(Run(stage, picture.get()), Composed(1));
+}
+
+TEST_F(QGLIPColorCorrectionCommands, flags_that_are_no_numbers_change_nothing) {
+  Set("gain.r", "0.5");
+  QTD::ARGUMENTS enabled{{"enabled", "no"}}, apply{{"apply", "99999999999"}};
+  EXPECT_EQ(stage.RunCommand("cmd.enable", &enabled), 0u);
+  EXPECT_TRUE(stage.IsEnabled());
+  EXPECT_EQ(stage.RunCommand("cmd.params.reset", &apply), 0u);
+  EXPECT_EQ(stage.Parameters().GetString("gain.r"), "0.5");
+}
+
+// Null stands for no arguments: all comes from the stage's parameters.
+TEST_F(QGLIPColorCorrectionCommands, apply_works_without_arguments) {
+  Set("gain.r", "0.5");
+  EXPECT_EQ(stage.RunCommand("cmd.params.apply", nullptr), 1u);
+  model::CorrectionPlan plan;
+  plan.gain[0] = 0.5;
+  ExpectModel(plan);
 }
 
 }  // namespace

@@ -243,6 +243,17 @@ TEST_F(QGLIPExposureColorationTest, commands_answer_as_their_table_says) {
   EXPECT_EQ(stage->RunCommand(nullptr, nullptr), 0u);
 }
 
+TEST_F(QGLIPExposureColorationTest, flags_that_are_no_numbers_change_nothing) {
+  Prepare(ZYN_PIXEL_MONO8, Bytes());
+  ASSERT_EQ(Init(*stage, picture), 0u);
+  QTD::ARGUMENTS enabled{{"enabled", "no"}}, apply{{"apply", "99999999999"}}, low{{"thres.lo", "x"}};
+  EXPECT_EQ(stage->RunCommand("cmd.enable", &enabled), 0u);
+  EXPECT_TRUE(stage->IsEnabled());
+  EXPECT_EQ(stage->RunCommand("cmd.params.reset", &apply), 0u);
+  EXPECT_EQ(stage->lastError, 1u);
+  EXPECT_EQ(stage->RunCommand("cmd.params.apply", &low), 1u);  // reads no thresholds
+}
+
 TEST_F(QGLIPExposureColorationTest, a_threshold_that_is_no_number_ends_init_with_1) {
   Prepare(ZYN_PIXEL_MONO8, Bytes());
   stage->SetParameterString("thres.hi", "bright");

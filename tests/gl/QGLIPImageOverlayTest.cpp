@@ -245,6 +245,18 @@ TEST_F(QGLIPImageOverlayTest, texts_need_letters_and_a_prepared_stage) {
   EXPECT_EQ(AddWhite("text", 1, 1), "");
 }
 
+TEST_F(QGLIPImageOverlayTest, places_that_are_no_numbers_make_no_object) {
+  QTD::ARGUMENTS text{{"text.text", "one"}, {"text.pos.x", "left"}}, rect{{"rect.w", "99999999999"}};
+  EXPECT_EQ(stage.RunCommand("cmd.text.add", &text), 0u);
+  EXPECT_EQ(stage.RunCommand("cmd.rect.add", &rect), 0u);
+  stage.SetParameterString("rect.h", "high");
+  EXPECT_EQ(stage.ExecuteCommand("rect.add"), Composed(1));
+  stage.SetParameterString("enabled", "yes");
+  EXPECT_EQ(stage.ExecuteCommand("params.apply"), Composed(1));
+  EXPECT_TRUE(stage.IsEnabled());
+  EXPECT_EQ(stage.store.count(), 0);
+}
+
 TEST_F(QGLIPImageOverlayTest, objects_come_and_go_by_commands) {
   QTD::ARGUMENTS text{
       {"text.text", "one"}, {"text.pos.x", "3"}, {"text.pos.y", "4"}, {"text.clr", "16777215"}};

@@ -131,6 +131,36 @@ TEST_F(GuideTest, a_frame_counts_as_the_prepared_format) {
           {{"proc", PointerText(static_cast<ZynDisplayCommand*>(&results))}});
 }
 
+TEST_F(GuideTest, a_frame_of_no_size_or_of_other_bytes_is_told_by_code_or_notification) {
+  Picture grey(ZYN_PIXEL_MONO8, 64, 48);
+  ZynImage flat = grey.record;
+  flat.height = 0;
+  EXPECT_EQ(display->DisplayVideo(&flat), 0x80FF0007u);
+  ASSERT_EQ(display->Initialize(&grey.record), 0u);
+  EXPECT_EQ(display->DisplayVideo(&flat), 0x80FF0008u);
+  flat.imageSize *= 2;
+  EXPECT_EQ(display->DisplayVideo(&flat), 0x80FF0007u);
+
+  Results results;
+  Command(display, "cmd.system.notification.add",
+          {{"proc", PointerText(static_cast<ZynDisplayCommand*>(&results))}});
+  settings->SetParameterInt("image.notification.flags.set", 1);
+  ZynImage nothing = grey.record, chunked = grey.record;
+  nothing.imageSize = 0;
+  chunked.imageSize += 64;
+  grey.bytes.resize(chunked.imageSize);
+  chunked.imageData = grey.bytes.data();
+  nothing.imageData = grey.bytes.data();
+  for (const ZynImage* untrue : {&nothing, &chunked}) {
+    results.all.clear();
+    EXPECT_EQ(display->DisplayVideo(untrue), 0u);
+    ASSERT_TRUE(WaitFor([&] { return !results.all.empty(); }));
+    EXPECT_EQ(results.all[0], "7");
+  }
+  Command(display, "cmd.system.notification.del",
+          {{"proc", PointerText(static_cast<ZynDisplayCommand*>(&results))}});
+}
+
 // A refused image stops the one that waits: it is dropped without a notification.
 TEST_F(GuideTest, a_failure_drops_the_frame_that_waits) {
   Picture grey(ZYN_PIXEL_MONO8, 64, 48);
@@ -214,9 +244,10 @@ TEST_F(Life, a_widget_that_goes_first_closes_the_display) {
   display = ZynDisplay_CreateComponent();
   ASSERT_EQ(ZynDisplay_Initialize(display, parent.get(), nullptr, &image.record), 0u);
   parent.reset();
-  ZynDisplay_DisplayVideo(display, &image.record);
+  EXPECT_EQ(ZynDisplay_DisplayVideo(display, &image.record), 0u);  // dropped
   Picture output(ZYN_PIXEL_RGB8, 64, 48);
   EXPECT_EQ(ZynDisplay_ConvertImage(display, &image.record, &output.record), 0x80FF0008u);
+  EXPECT_EQ(display->Initialize(&image.record, nullptr), 0x80FF0001u);
   EXPECT_EQ(ZynDisplay_Initialize(display, &widget, nullptr, &image.record), 0u);
   EXPECT_EQ(ZynDisplay_ConvertImage(display, &image.record, &output.record), 0u);
 }
@@ -226,6 +257,12 @@ TEST_F(Life, a_controller_tells_of_a_format_that_it_cannot_show_when_it_is_not_s
   ZynDisplayProcessor* controller = ZynDisplayCPU::CreateComponent(&widget);  // or ZynDisplayQGL
   controller->GetComponent()->SetParameterBool("system.silent", false);
   const uint32_t code = controller->Initialize(&image.record);  // 0x80FF0001: no chain for this format
+  EXPECT_EQ(controller->DisplayVideo(&image.record), 0u);       // dropped
+  image.record.pixelType = 0xDEADBEEF;
+  EXPECT_EQ(controller->Initialize(&image.record), 0x80FF0001u);
+  image.record.pixelType = ZYN_PIXEL_MONO8;
+  image.record.width = image.record.height = 60000;
+  EXPECT_EQ(controller->Initialize(&image.record), 0x80FF0001u);
   ZynDisplayCPU::DeleteComponent(controller);
   EXPECT_EQ(code, 0x80FF0001u);
 }

@@ -106,6 +106,21 @@ TEST_F(View, zoom_fit_and_place) {
   EXPECT_GT(std::stod(view["pos.y"]), 10);
 }
 
+TEST_F(View, before_the_first_image_the_picture_is_0_by_0) {
+  ASSERT_EQ(display->Initialize(&image.record), 0u);
+  ASSERT_TRUE(WaitFor([] { return DisplayWindow() && DisplayWindow()->isExposed(); }));
+  for (const char* name : {"zoom.in", "zoom.out", "fit", "scale", "at"})
+    EXPECT_EQ(Command(display, (std::string("cmd.display.view.") + name).c_str()), 1u) << name;
+  EXPECT_EQ(Command(display, "cmd.display.view.scale", {{"scale", "0.5"}}), 0u);
+  QTD::ARGUMENTS view, point{{"pos.x", "3"}, {"pos.y", "3"}, {"cs.src", "win"}, {"cs.dst", "img"}};
+  EXPECT_EQ(display->RunCommand("cmd.display.view.image", &view), 1u);
+  EXPECT_EQ(std::stod(view["dim.w"]), 0);
+  EXPECT_EQ(view["inside"], "1");
+  EXPECT_EQ(display->RunCommand("cmd.display.view.translate", &point), 1u);
+  EXPECT_EQ(std::stod(point["pos.x"]), 0);
+  EXPECT_EQ(point["result"], "1");
+}
+
 TEST_F(View, coordinate_systems) {
   Show(image.record);
   Command(display, "cmd.display.view.scale", {{"scale", "0.5"}});

@@ -1,4 +1,6 @@
 // What follows the keys besides the view: bars, overlays, the host; and the keys that are not the view's own.
+#include <QMenu>
+
 #include "KeysHarness.h"
 
 namespace {
@@ -45,6 +47,25 @@ TEST_F(KeysTest, bars_and_overlays_follow_the_keys) {
     EXPECT_EQ(row.right, Bar(Qt::Horizontal)->maximum());
     EXPECT_EQ(row.bottom, Bar(Qt::Vertical)->maximum());
   }
+}
+
+TEST_F(KeysTest, an_open_menu_has_the_keys) {
+  window->Screen()->setScale(1);
+  QMenu menu;
+  const QAction* const first = menu.addAction(QStringLiteral("first"));
+  const QAction* const second = menu.addAction(QStringLiteral("second"));
+  menu.popup(QPoint(0, 0));
+  ASSERT_TRUE(WaitFor([&] { return menu.isVisible(); }));
+  KeyEvent(Qt::Key_Down);
+  EXPECT_EQ(first, menu.activeAction());
+  KeyEvent(Qt::Key_Down);
+  EXPECT_EQ(second, menu.activeAction());
+  KeyEvent(Qt::Key_Plus);
+  EXPECT_EQ(1, window->Screen()->Scale());
+  KeyEvent(Qt::Key_Escape);
+  EXPECT_FALSE(menu.isVisible());
+  KeyEvent(Qt::Key_Plus);
+  EXPECT_NE(1, window->Screen()->Scale());
 }
 
 TEST_F(KeysTest, the_host_hears_of_zoom_and_movement_but_not_of_fitting) {

@@ -7,6 +7,8 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDoubleSpinBox>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QSlider>
 #include <QStandardItemModel>
 #include <QToolButton>
@@ -129,8 +131,7 @@ TEST(CameraDock, shows_limits_and_values_of_the_camera) {
   panel.Open(camera);
   ASSERT_EQ(panel.numbers.size(), 3);
   EXPECT_EQ(panel.numbers[CameraControls::Exposure]->value(), 1000);
-  EXPECT_EQ(panel.numbers[CameraControls::Exposure]->minimum(), 10);
-  EXPECT_EQ(panel.numbers[CameraControls::Exposure]->maximum(), 1e6);
+  EXPECT_EQ(panel.numbers[CameraControls::Exposure]->toolTip(), QStringLiteral("10 to 1000000 µs"));
   // On a logarithmic scale of five decades 1000 stands behind the second one; on a linear one, 5 of 20.
   EXPECT_EQ(panel.sliders[CameraControls::Exposure]->value(), 400);
   EXPECT_EQ(panel.sliders[CameraControls::Gain]->value(), 250);
@@ -259,6 +260,31 @@ TEST(FeatureControl, takes_no_range_that_is_none) {
   control.Show({true, 3, 3, 3});
   EXPECT_TRUE(control.isEnabled());
   EXPECT_EQ(chosen, 0);
+}
+
+TEST(FeatureControl, takes_a_number_beyond_the_limits_for_the_limit) {
+  FeatureControl control(QString(), false, nullptr);
+  std::vector<double> chosen;
+  control.onChosen = [&chosen](double value) { chosen.push_back(value); };
+  control.Show({true, 1, 10, 5});
+  auto* const number = control.findChild<QDoubleSpinBox*>();
+  auto* const line = control.findChild<QLineEdit*>();
+  const auto type = [&](const char* text) {
+    line->selectAll();
+    for (const char* letter = text; *letter; ++letter) {
+      QKeyEvent key(QEvent::KeyPress, 0, Qt::NoModifier, QString(QLatin1Char(*letter)));
+      QCoreApplication::sendEvent(number, &key);
+    }
+    QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QCoreApplication::sendEvent(number, &enter);
+  };
+  type("12");
+  EXPECT_EQ(number->value(), 10);
+  type("-4");
+  EXPECT_EQ(number->value(), 1);
+  type("7");
+  EXPECT_EQ(number->value(), 7);
+  EXPECT_EQ(chosen, (std::vector<double>{10, 1, 7}));
 }
 
 TEST(FeatureScale, goes_by_factors_or_by_differences) {

@@ -9,6 +9,7 @@
 #include "apps/zynview/sources/FileSource.h"
 #include "apps/zynview/sources/SceneSource.h"
 #include "zynview/ConvertingDisplay.h"
+#include "zynview/FullDisk.h"
 #include "zynview/ViewerFiles.h"
 
 using zynview::FileSource;
@@ -92,6 +93,78 @@ TEST(Conversion, does_not_write_over_what_it_reads) {
   FileSource source({files.Path()}, {}, 0);
   EXPECT_EQ(Conversion(source, files.Path()).code, 2);
   EXPECT_EQ(QImage(files.Path("a.png")).format(), QImage::Format_Grayscale8) << "as it was";
+}
+
+TEST(Conversion, touches_no_file_when_pictures_have_no_such_ending) {
+  const ViewerFiles files;
+  const QString raw = files.Write("p.raw", "abcdef");
+  const QByteArray text = R"({"pixelFormat": "Mono8", "width": 2, "height": 3})";
+  const QString sidecar = files.Write("p.json", text);
+  FileSource source({raw}, {}, 0);
+  const Conversion conversion(source, sidecar);
+  EXPECT_EQ(conversion.code, 2);
+  EXPECT_TRUE(conversion.messages.contains(QStringLiteral(".json"))) << conversion.messages.toStdString();
+  EXPECT_TRUE(conversion.messages.contains(QStringLiteral(".png"))) << conversion.messages.toStdString();
+  QFile left(sidecar);
+  ASSERT_TRUE(left.open(QIODevice::ReadOnly));
+  EXPECT_EQ(left.readAll(), text);
+  EXPECT_EQ(Conversion(source, files.Path("new.folder/")).code, 0) << "a folder may be called anything";
+}
+
+TEST(Conversion, writes_over_no_file_that_it_has_still_to_read) {
+  const ViewerFiles files;
+  const QString second = files.Grey("s-000002.png", 5, 4, 20), first = files.Grey("s-000001.png", 5, 4, 10);
+  FileSource source({second, first}, {}, 0);
+  const Conversion conversion(source, files.Path("s.png"));
+  EXPECT_EQ(conversion.code, 2);
+  EXPECT_TRUE(conversion.messages.contains(QStringLiteral("s-000001.png")));
+  EXPECT_TRUE(conversion.display.prepared.empty()) << "nothing is begun";
+  EXPECT_EQ(LevelOf(first), 10);
+  EXPECT_EQ(LevelOf(second), 20);
+  ASSERT_TRUE(QFile::link(second, files.Path("link.png")));
+  FileSource one({second}, {}, 0);
+  EXPECT_EQ(Conversion(one, files.Path("link.png")).code, 2) << "by whatever name";
+  EXPECT_EQ(QImage(second).format(), QImage::Format_Grayscale8) << "as it was";
+}
+
+TEST(Conversion, does_not_write_over_a_sidecar) {
+  const ViewerFiles files;
+  files.Write("p.raw", "abcdef");
+  const QString sidecar = files.Write("p.json", R"({"pixelFormat": "Mono8", "width": 2, "height": 3})");
+  ASSERT_TRUE(QFile::link(sidecar, files.Path("p.png")));
+  FileSource source({files.Path("p.raw")}, {}, 0);
+  EXPECT_EQ(Conversion(source, files.Path("p.png")).code, 2);
+  FileSource again({sidecar}, {}, 0);
+  EXPECT_EQ(Conversion(again, files.Path("other.png")).code, 0) << "it is still there";
+}
+
+TEST(Conversion, replaces_other_files) {
+  const ViewerFiles files;
+  files.Grey("out.png", 9, 9, 1);
+  FileSource source({files.Grey("in.png", 5, 4, 77)}, {}, 0);
+  EXPECT_EQ(Conversion(source, files.Path("out.png")).code, 0);
+  EXPECT_EQ(LevelOf(files.Path("out.png")), 77);
+}
+
+TEST(Conversion, says_when_the_disk_is_full) {
+  const ViewerFiles files;
+  const QString out = files.Grey("out.bmp", 9, 9, 1);
+  FileSource source({files.Grey("in.png", 50, 40, 77)}, {}, 0);
+  {
+    const FullDisk full(1000);
+    EXPECT_EQ(Conversion(source, out).code, 2);
+    EXPECT_EQ(Conversion(source, QStringLiteral("/dev/full")).code, 2);
+  }
+  EXPECT_EQ(LevelOf(out), 1) << "the old picture is still there";
+}
+
+TEST(Conversion, tells_of_bytes_that_are_no_whole_frame) {
+  const ViewerFiles files;
+  FileSource source({files.Write("dump.bin", "abcde")}, {ZYN_PIXEL_MONO8, QSize(2, 1), 0}, 0);
+  const Conversion conversion(source, files.Path("out/"));
+  EXPECT_EQ(conversion.code, 0) << "the whole ones are there";
+  EXPECT_TRUE(conversion.messages.contains(QStringLiteral("last 1 bytes")));
+  EXPECT_EQ(LevelOf(files.Path("out/dump-000002.png")), 'c');
 }
 
 TEST(Conversion, refuses_when_the_display_does) {

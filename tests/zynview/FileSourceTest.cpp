@@ -7,7 +7,9 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <tuple>
 
 #include "ZynPixelFormat.h"
 #include "zynview/ViewerFiles.h"
@@ -94,6 +96,67 @@ TEST(FileSource, keeps_the_rate) {
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   EXPECT_GE(took.count(), 0.19);
   EXPECT_LT(took.count(), 5);
+}
+
+TEST(FileSource, shows_a_single_frame_slowly_when_no_rate_is_said) {
+  const ViewerFiles files;
+  WritePictures(files, 1);
+  QString error;
+  // The time of four periods: 200 ms each, or 20 ms where a rate is said.
+  for (const auto& [rate, least, most] : {std::make_tuple(std::optional<double>(), 0.78, 10.0),
+                                          std::make_tuple(std::optional<double>(50), 0.07, 0.7)}) {
+    FileSource source({files.Path()}, {}, rate);
+    ASSERT_TRUE(source.Open(&error));
+    const auto start = std::chrono::steady_clock::now();
+    {
+      Player player(&source);
+      EXPECT_EQ(player.Wait(5), (IDs{1, 1, 1, 1, 1}));
+    }
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(took.count(), least);
+    EXPECT_LT(took.count(), most);
+  }
+}
+
+TEST(FileSource, plays_a_sequence_at_the_usual_rate_when_none_is_said) {
+  const ViewerFiles files;
+  WritePictures(files, 2);
+  FileSource source({files.Path()}, {}, {});
+  QString error;
+  ASSERT_TRUE(source.Open(&error));
+  const auto start = std::chrono::steady_clock::now();
+  {
+    Player player(&source);
+    player.Wait(11);
+  }
+  // Ten periods of 40 ms; at the rate of a single frame they take 2 s.
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(took.count(), 0.38);
+  EXPECT_LT(took.count(), 1.9);
+}
+
+TEST(FileSource, tells_of_bytes_that_are_no_whole_frame) {
+  const ViewerFiles files;
+  const QString rest = files.Write("rest.bin", "abcde"), whole = files.Write("whole.bin", "ab");
+  FileSource source({rest, whole}, {ZYN_PIXEL_MONO8, QSize(2, 1), 0}, kFast);
+  QString error;
+  ASSERT_TRUE(source.Open(&error));
+  EXPECT_EQ(source.Count(), 3u);
+  const QStringList problems = source.TakeProblems();
+  ASSERT_EQ(problems.size(), 1);
+  EXPECT_TRUE(problems[0].contains(rest) && problems[0].contains(QStringLiteral("last 1 bytes")))
+      << problems[0].toStdString();
+  EXPECT_EQ(source.Remarks(), problems);
+}
+
+TEST(FileSource, names_all_files_that_it_reads) {
+  const ViewerFiles files;
+  const QString picture = files.Grey("a.png", 1, 1, 0), raw = files.Write("b.raw", "a");
+  const QString sidecar = files.Write("b.json", R"({"pixelFormat": "Mono8", "width": 1, "height": 1})");
+  FileSource source({picture, sidecar}, {}, kFast);
+  QString error;
+  ASSERT_TRUE(source.Open(&error)) << error.toStdString();
+  EXPECT_EQ(source.Inputs(), (QStringList{picture, raw, sidecar}));
 }
 
 TEST(FileSource, stays_on_its_frame_while_it_is_held_and_steps_both_ways) {

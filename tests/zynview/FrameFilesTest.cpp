@@ -73,6 +73,7 @@ TEST(FrameFiles, reads_dumps_of_several_frames_when_told_how) {
   const std::vector<FrameFile> listed = ListFrameFiles({dump}, format);
   ASSERT_EQ(listed.size(), 1u);
   EXPECT_EQ(listed.front().count, 2u) << "a half one does not count";
+  EXPECT_EQ(listed.front().rest, 1u);
   EXPECT_EQ(Loaded(dump, format, 1).frame.pixels, (Bytes{'c', 'd'}));
   EXPECT_EQ(Loaded(dump, format, 1).frame.record.imageID, 2u);
   EXPECT_FALSE(Loaded(dump, format, 2).good);
@@ -83,6 +84,15 @@ TEST(FrameFiles, reads_dumps_of_several_frames_when_told_how) {
   const Loaded padded(dump, FileFormat{ZYN_PIXEL_MONO8, QSize(1, 2), 2});
   EXPECT_EQ(padded.frame.record.linePitch, 2u);
   EXPECT_EQ(padded.frame.pixels, (Bytes{'a', 'b', 'c', 'd'}));
+}
+
+TEST(FrameFiles, tells_what_a_raw_dump_needs) {
+  const ViewerFiles files;
+  const QString dump = files.Write("dump.bin", "abcde");
+  EXPECT_TRUE(Loaded(dump).error.contains(QStringLiteral("--format and --size")));
+  EXPECT_TRUE(
+      Loaded(dump, FileFormat{ZYN_PIXEL_MONO8, {}, 0}).error.contains(QStringLiteral("--size as well")));
+  EXPECT_FALSE(Loaded(files.Path("missing.png")).error.contains(QStringLiteral("--format")));
 }
 
 TEST(FrameFiles, takes_pictures_as_grey_or_coloured_frames) {
@@ -99,12 +109,88 @@ TEST(FrameFiles, takes_pictures_as_grey_or_coloured_frames) {
   EXPECT_EQ(drawn.frame.pixels.size(), 3u);
 }
 
+// The samples of a frame of 16 bits each.
+std::vector<int> Words(const OwnFrame& frame) {
+  std::vector<int> words;
+  for (std::size_t i = 0; i + 1 < frame.pixels.size(); i += 2)
+    words.push_back(frame.pixels[i] | frame.pixels[i + 1] << 8);
+  return words;
+}
+
+using Values = std::vector<int>;
+
+TEST(FrameFiles, keeps_the_full_depth_of_pictures) {
+  const ViewerFiles files;
+  QImage grey(2, 1, QImage::Format_Grayscale16);
+  auto* samples = reinterpret_cast<uint16_t*>(grey.bits());
+  samples[0] = 0x1234, samples[1] = 0xABCD;
+  ASSERT_TRUE(grey.save(files.Path("grey.png")));
+  const Loaded mono(files.Path("grey.png"));
+  EXPECT_EQ(mono.frame.record.pixelType, ZYN_PIXEL_MONO16);
+  EXPECT_EQ(Words(mono.frame), (Values{0x1234, 0xABCD}));
+  QImage image(1, 2, QImage::Format_RGBX64);
+  image.setPixelColor(0, 0, QColor::fromRgba64(0x1234, 0x5678, 0x9ABC));
+  image.setPixelColor(0, 1, QColor::fromRgba64(1, 256, 65535));
+  ASSERT_TRUE(image.save(files.Path("colour.png")));
+  const Loaded colour(files.Path("colour.png"));
+  EXPECT_EQ(colour.frame.record.pixelType, ZYN_PIXEL_RGB16);
+  EXPECT_EQ(colour.frame.record.linePitch, 6u);
+  EXPECT_EQ(Words(colour.frame), (Values{0x1234, 0x5678, 0x9ABC, 1, 256, 65535}));
+  const Loaded pgm(files.Write("twelve.pgm", QByteArray("P5 2 1 4095\n\x01\x23\x0F\xFF", 16)));
+  EXPECT_EQ(pgm.frame.record.pixelType, ZYN_PIXEL_MONO12);
+  EXPECT_EQ(Words(pgm.frame), (Values{0x123, 0xFFF}));
+  const Loaded odd(files.Write("odd.pgm", QByteArray("P5 2 1 1000\n\x00\x07\x03\xE8", 16)));
+  EXPECT_EQ(odd.frame.record.pixelType, ZYN_PIXEL_MONO16);
+  EXPECT_EQ(Words(odd.frame), (Values{7, 1000})) << "as they stand";
+  const Loaded ppm(files.Write("ten.ppm", QByteArray("P6 1 1 1023\n\x00\x01\x02\x03\x03\xFF", 18)));
+  EXPECT_EQ(ppm.frame.record.pixelType, ZYN_PIXEL_RGB10);
+  EXPECT_EQ(Words(ppm.frame), (Values{1, 0x203, 0x3FF}));
+}
+
+TEST(FrameFiles, draws_deep_pictures_in_other_formats_by_their_full_depth) {
+  const ViewerFiles files;
+  const auto drawn = [](const QString& file, uint32_t pixelType) {
+    return Words(Loaded(file, FileFormat{pixelType, {}, 0}).frame);
+  };
+  // All values of 12 bits, in one line.
+  QByteArray pgm("P5 4096 1 4095\n");
+  Values all;
+  for (int value = 0; value < 4096; ++value) {
+    pgm += static_cast<char>(value >> 8);
+    pgm += static_cast<char>(value & 0xFF);
+    all.push_back(value);
+  }
+  const QString twelve = files.Write("twelve.pgm", pgm);
+  EXPECT_EQ(drawn(twelve, ZYN_PIXEL_MONO12), all);
+  Values ten;
+  for (const int value : all) ten.push_back(value >> 2);
+  EXPECT_EQ(drawn(twelve, ZYN_PIXEL_MONO10), ten);
+  const QString sixteen = files.Write("sixteen.pgm", QByteArray("P5 2 1 65535\n\x12\x34\xAB\xCD", 17));
+  EXPECT_EQ(drawn(sixteen, ZYN_PIXEL_MONO12), (Values{0x123, 0xABC}));
+  EXPECT_EQ(drawn(sixteen, ZYN_PIXEL_MONO16), (Values{0x1234, 0xABCD}));
+  const QString odd = files.Write("odd.pgm", QByteArray("P5 2 1 1000\n\x00\x00\x03\xE8", 16));
+  EXPECT_EQ(drawn(odd, ZYN_PIXEL_MONO12), (Values{0, 4095})) << "its white is white";
+  const QString colour = files.Write("c.ppm", QByteArray("P6 1 1 65535\n\x12\x34\x56\x78\x9A\xBC", 19));
+  EXPECT_EQ(drawn(colour, ZYN_PIXEL_BGR12), (Values{0x9AB, 0x567, 0x123}));
+}
+
+TEST(FrameFiles, leaves_out_the_same_columns_of_each_line) {
+  const ViewerFiles files;
+  const QString pgm =
+      files.Write("3.pgm", QByteArray("P5 3 2 65535\n\x10\0\x20\0\x30\0\x40\0\x50\0\x60\0", 25));
+  // Mono12p takes two pixels in three bytes:   s0[7..0]   s1[3..0] s0[11..8]   s1[11..4]
+  EXPECT_EQ(Loaded(pgm, FileFormat{ZYN_PIXEL_MONO12P, {}, 0}).frame.pixels,
+            (Bytes{0x00, 0x01, 0x20, 0x00, 0x04, 0x50}));
+}
+
 TEST(FrameFiles, names_what_it_cannot_read) {
   const ViewerFiles files;
   for (const QString& path : {files.Write("broken.png", "\x89PNG\r\n\x1a\nbroken"), files.Path("missing.png"),
                               files.Write("empty.pgm", ""), files.Write("text.png", "text")}) {
     EXPECT_TRUE(Loaded(path).error.contains(path)) << path.toStdString();
   }
+  const QString lying = files.Write("lying.pgm", "P5 30000 30000 65535 ab");
+  EXPECT_TRUE(Loaded(lying).error.contains(lying));
   // A header of 32000 × 32000 pixels, and nothing behind it.
   const Loaded huge(files.Write("huge.pgm", "P5\n32000 32000\n255\n"));
   EXPECT_TRUE(huge.error.contains(QStringLiteral("too large"))) << huge.error.toStdString();

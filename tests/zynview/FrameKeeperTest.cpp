@@ -49,6 +49,24 @@ TEST(FrameKeeper, keeps_one_frame_for_each_wish) {
   EXPECT_EQ(keeper.Serial(), 2u);
 }
 
+TEST(FrameKeeper, knows_whether_the_last_frame_is_kept) {
+  FrameKeeper keeper;
+  EXPECT_FALSE(keeper.HasLast());
+  keeper.Want();
+  keeper.Offer(Frame(1).record);
+  EXPECT_TRUE(keeper.HasLast());
+  keeper.Want();
+  EXPECT_TRUE(keeper.HasLast());
+  keeper.Offer(Frame(2).record);
+  EXPECT_TRUE(keeper.HasLast());
+  keeper.Offer(Frame(3).record);
+  EXPECT_FALSE(keeper.HasLast());
+  keeper.Want();
+  keeper.Offer(Frame(4).record);
+  keeper.Forget();
+  EXPECT_FALSE(keeper.HasLast());
+}
+
 TEST(FrameKeeper, has_pixels_of_its_own_and_nothing_else_of_the_frame) {
   FrameKeeper keeper;
   keeper.Want();

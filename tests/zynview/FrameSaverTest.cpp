@@ -11,6 +11,7 @@
 #include "ZynPixelFormat.h"
 #include "apps/zynview/sources/Sidecar.h"
 #include "zynview/ConvertingDisplay.h"
+#include "zynview/FullDisk.h"
 
 using zynview::OwnFrame;
 
@@ -102,6 +103,25 @@ TEST(FrameSaver, says_when_a_frame_cannot_be_written) {
   ConvertingDisplay display;
   EXPECT_NE(zynview::SaveWholePicture(Padded(), &display, folder.filePath(QStringLiteral("missing")), &name),
             QString());
+}
+
+TEST(FrameSaver, leaves_nothing_on_a_full_disk) {
+  const QTemporaryDir folder;
+  ConvertingDisplay display;
+  QString name;
+  const auto files = [&folder] { return QDir(folder.path()).entryList(QDir::Files).size(); };
+  {
+    const FullDisk full(0);
+    EXPECT_NE(zynview::SaveRawFrame(Padded(), folder.path(), QString(), &name), QString());
+    EXPECT_NE(zynview::SaveWholePicture(Padded(), &display, folder.path(), &name), QString());
+  }
+  EXPECT_EQ(files(), 0);
+  {
+    const FullDisk full(20);  // enough for 6 bytes of the frame, and not for the sidecar
+    const QString problem = zynview::SaveRawFrame(Padded(), folder.path(), QString(), &name);
+    EXPECT_TRUE(problem.contains(QStringLiteral(".json"))) << problem.toStdString();
+  }
+  EXPECT_EQ(files(), 0) << "a frame without its sidecar cannot be read";
 }
 
 TEST(FrameSaver, writes_the_picture_that_the_display_makes_of_the_frame) {

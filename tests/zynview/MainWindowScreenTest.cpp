@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QFileInfo>
+#include <QMenu>
 #include <QTimer>
 #include <functional>
 
@@ -41,6 +42,22 @@ TEST(MainWindow, hears_a_real_keyboard_on_the_screen) {
   EXPECT_TRUE(TypesUntil("h", [&] { return viewer.IsOpen("analysis"); }));
   EXPECT_TRUE(TypesUntil("space", [&] { return viewer.Tells("paused"); }));
   EXPECT_TRUE(TypesUntil("ctrl+q", [&] { return !viewer.window->isVisible(); }));
+}
+
+// The picture has the keys until a menu is open.
+TEST(MainWindow, menus_are_walked_by_the_keyboard_on_the_screen) {
+  Viewer viewer(Scene("--rate 20 --window 400x300"));
+  ASSERT_TRUE(viewer.started);
+  ASSERT_TRUE(Comes([&] { return viewer.Picture() && viewer.Picture()->isExposed(); }));
+  ASSERT_TRUE(ClickOn(*viewer.window->centralWidget()));
+  const auto opened = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+  ASSERT_TRUE(TypesUntil("alt+v", [&] { return opened() != nullptr; }));
+  const QMenu* const view = opened();
+  const QAction* const before = view->activeAction();
+  EXPECT_TRUE(TypesUntil("Down", [&] { return view->activeAction() && view->activeAction() != before; }));
+  EXPECT_TRUE(TypesUntil("Left", [&] { return opened() && opened() != view; }));
+  EXPECT_TRUE(TypesUntil("Escape", [&] { return !opened(); }));
+  EXPECT_FALSE(viewer.Tells("paused"));
 }
 
 // What is typed there must come into the name, and not to the viewer, which knows most of its letters as

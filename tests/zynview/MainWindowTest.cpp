@@ -29,6 +29,14 @@ TEST(MainWindow, shows_the_file_that_is_named_behind_it) {
   EXPECT_TRUE(Comes([&] { return viewer.Tells("shown"); }));
 }
 
+TEST(MainWindow, takes_nothing_in_the_name_of_a_file_for_a_place_in_its_texts) {
+  const ViewerFiles files;
+  Viewer viewer({files.Grey("at %1 of %4.png", 40, 30, 77)});
+  ASSERT_TRUE(viewer.started) << viewer.problem.toStdString();
+  EXPECT_TRUE(viewer.IsTitled("at %1 of %4.png — Mono8 40 × 30"))
+      << viewer.window->windowTitle().toStdString();
+}
+
 TEST(MainWindow, tells_which_file_cannot_be_read_and_stays_without_a_source) {
   const ViewerFiles files;
   Viewer viewer({files.Path("missing.png")});
@@ -226,6 +234,33 @@ TEST(MainWindow, writes_no_settings_where_none_are_wanted) {
   Viewer keeping(Scene(), Settings::InFile(place.Path("zynview.ini")));
   keeping.Choose("OpenGL from the Next Start");
   EXPECT_TRUE(Settings::InFile(place.Path("zynview.ini")).opengl);
+}
+
+// The next one comes in a minute and a half.
+TEST(MainWindow, saves_the_frame_of_a_slow_source_that_is_seen) {
+  const ViewerFiles files, out;
+  files.Grey("1.png", 8, 6, 20);
+  files.Grey("2.png", 8, 6, 90);
+  Viewer viewer({files.Path(), QStringLiteral("--rate"), QStringLiteral("0.01"), QStringLiteral("--folder"),
+                 out.Path()});
+  ASSERT_TRUE(viewer.started);
+  ASSERT_TRUE(Comes([&] { return viewer.Tells("in 0.") || viewer.Tells("in 1.") || viewer.Tells("in 2."); }));
+  viewer.Press(Qt::Key_W);
+  EXPECT_TRUE(Comes([&] { return !SavedIn(out.Path(), "*.raw").isEmpty(); }));
+  QFile raw(out.folder.filePath(SavedIn(out.Path(), "*.raw").value(0)));
+  ASSERT_TRUE(raw.open(QIODevice::ReadOnly));
+  EXPECT_EQ(raw.readAll(), QByteArray(8 * 6, char(20)));
+}
+
+TEST(MainWindow, gives_the_picture_the_size_that_is_said) {
+  for (const char* more : {"--window 400x300", "--bare --window 200x150"}) {
+    Viewer viewer(Scene(more));
+    ASSERT_TRUE(viewer.started);
+    const QSize wanted =
+        QString::fromLatin1(more).endsWith(QStringLiteral("200x150")) ? QSize(200, 150) : QSize(400, 300);
+    EXPECT_TRUE(Comes([&] { return viewer.Picture() && viewer.Picture()->size() == wanted; }))
+        << more << ": " << viewer.Picture()->width() << " x " << viewer.Picture()->height();
+  }
 }
 
 TEST(MainWindow, has_neither_menu_nor_status_bar_when_it_is_bare) {

@@ -97,15 +97,58 @@ TEST(ViewerOptions, refuse_what_is_no_region) {
 }
 
 TEST(ViewerOptions, say_what_a_size_or_a_region_has_to_look_like) {
-  EXPECT_EQ(Read("--size 5").error, QStringLiteral("--size wants WIDTHxHEIGHT, such as 1936x1216"));
-  EXPECT_EQ(Read("--window 5x").error, QStringLiteral("--window wants WIDTHxHEIGHT, such as 640x480"));
-  EXPECT_EQ(Read("--region 5x5").error,
-            QStringLiteral("--region wants WIDTHxHEIGHT+X+Y, such as 640x480+320+240"));
+  const QString numbers = QStringLiteral(", with numbers from 1 to 65535");
+  for (const char* line : {"--scene --size 5", "--scene --size 0x0", "--scene --size 65536x1"})
+    EXPECT_EQ(Read(line).error, QStringLiteral("--size needs WIDTHxHEIGHT, such as 1936x1216") + numbers);
+  EXPECT_EQ(Read("--window 5x").error,
+            QStringLiteral("--window needs WIDTHxHEIGHT, such as 640x480") + numbers);
+  EXPECT_EQ(
+      Read("--region 5x5").error,
+      QStringLiteral("--region needs WIDTHxHEIGHT+X+Y, such as 640x480+320+240, with numbers up to 65535"));
+  EXPECT_EQ(Read("--scene --size 65535X48").options.size, QSize(65535, 48)) << "with a large X as well";
   EXPECT_EQ(Read("--scene --size 1936x1216 --window 640x480").options.window, QSize(640, 480));
+}
+
+TEST(ViewerOptions, say_what_a_number_may_be) {
+  for (const char* line : {"--gamma -1", "--gamma 0.05", "--gamma x", "--gamma 11"})
+    EXPECT_EQ(Read(line).error, QStringLiteral("--gamma needs a number from 0.1 to 10")) << line;
+  for (const char* line : {"--demosaicing x", "--demosaicing 4", "--demosaicing 0.5"})
+    EXPECT_EQ(Read(line).error, QStringLiteral("--demosaicing needs a whole number from 0 to 3")) << line;
+  for (const char* line : {"--scene --seconds inf", "--scene --rate nan", "--scene --rate -1", "--pitch 1.5"})
+    EXPECT_FALSE(Read(line).good) << line;
+}
+
+TEST(ViewerOptions, take_one_source_alone) {
+  for (const char* line :
+       {"--simulator --scene", "a.png --scene", "a.png --camera x", "--camera x --simulator",
+        "a.png --simulator", "a.raw --scene --format Mono8 --size 4x4"}) {
+    const Read read(line);
+    EXPECT_FALSE(read.good) << line;
+    EXPECT_TRUE(read.error.contains(QStringLiteral("only one source"))) << line << read.error.toStdString();
+  }
+  EXPECT_TRUE(Read("--camera x").good && Read("--simulator").good && Read("a.png b.png").good);
+}
+
+TEST(ViewerOptions, refuse_what_the_source_would_ignore) {
+  for (const char* line : {"--size 64x48", "--camera x --size 64x48", "--simulator --rate 5", "--rate 5",
+                           "a.png --size 64x48", "a.png --pitch 80", "--scene --pitch 80"}) {
+    const Read read(line);
+    EXPECT_FALSE(read.good) << line;
+    EXPECT_FALSE(read.error.isEmpty()) << line;
+  }
+  EXPECT_TRUE(Read("--scene --size 64x48 --rate 5").good);
+  EXPECT_TRUE(Read("a.raw --format Mono8 --size 64x48 --pitch 80 --rate 5").good);
+}
+
+TEST(ViewerOptions, refuse_a_place_where_no_picture_can_be_saved) {
+  EXPECT_TRUE(Read("--scene --save /no/such/a.png").error.contains(QStringLiteral("/no/such is no folder")));
+  EXPECT_TRUE(Read("--scene --save /tmp/a.json").error.contains(QStringLiteral(".png")));
+  EXPECT_TRUE(Read("--scene --save /tmp/a.png").good && Read("--scene --save a").good);
 }
 
 TEST(ViewerOptions, take_several_files_and_folders) {
   const Read none("--scene");
+  EXPECT_FALSE(none.options.rate.has_value());
   EXPECT_TRUE(none.options.files.isEmpty());
   const Read several("a.png b.raw folder --rate 5");
   ASSERT_TRUE(several.good);
@@ -135,5 +178,6 @@ TEST(ViewerOptions, take_places_for_pictures) {
 TEST(ViewerOptions, take_one_variant_at_most) {
   EXPECT_TRUE(Read("--scene --opengl").options.opengl);
   EXPECT_TRUE(Read("--scene --processor").options.processor);
-  EXPECT_FALSE(Read("--scene --opengl --processor").good);
+  EXPECT_EQ(Read("--scene --opengl --processor").error,
+            QStringLiteral("--opengl and --processor exclude each other"));
 }

@@ -12,14 +12,15 @@ namespace {
 
 struct Program {
   // Its settings have a place of their own, which is empty at first. Without a screen there is no OpenGL.
-  explicit Program(const QStringList& arguments, bool withScreen = false) {
+  explicit Program(const QStringList& arguments, bool withScreen = false, bool withPlatform = true) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), settings.Path());
     if (!withScreen) {
       environment.remove(QStringLiteral("LD_PRELOAD"));  // the driver of OpenGL: tools/sanitizer-environment
       environment.remove(QStringLiteral("DISPLAY"));
       environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-      environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+      environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+      if (withPlatform) environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     }
     QProcess process;
     process.setProcessEnvironment(environment);
@@ -71,6 +72,24 @@ TEST(ViewerProgram, ends_with_2_and_a_message_when_something_is_wrong) {
     EXPECT_EQ(run.code, 2) << line;
     EXPECT_TRUE(run.messages.contains(QStringLiteral("zynview: "))) << line;
   }
+}
+
+TEST(ViewerProgram, ends_with_2_when_the_picture_cannot_be_saved) {
+  const Program run(Words("--scene --size 64x48 --seconds 2 --save /dev/full"));
+  EXPECT_EQ(run.code, 2) << run.out.toStdString() << run.messages.toStdString();
+  EXPECT_TRUE(run.out.contains(QStringLiteral("could not be saved"))) << run.out.toStdString();
+}
+
+TEST(ViewerProgram, says_what_is_wrong_where_there_is_no_screen) {
+  const Program window(Words("--scene --no-settings --seconds 1"), false, false);
+  EXPECT_EQ(window.code, 2);
+  EXPECT_TRUE(window.messages.contains(QStringLiteral("there is no screen")))
+      << window.messages.toStdString();
+  const Program mistake(Words("--nonsense"), false, false);
+  EXPECT_EQ(mistake.code, 2);
+  EXPECT_TRUE(mistake.messages.contains(QStringLiteral("nonsense"))) << "comes first";
+  EXPECT_EQ(Program(Words("--scene --no-settings --seconds 5 -platform offscreen"), false, false).code, 0);
+  EXPECT_EQ(Program({QStringLiteral("--help")}, false, false).code, 0);
 }
 
 TEST(ViewerProgram, tells_help_and_version) {

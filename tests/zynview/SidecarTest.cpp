@@ -77,6 +77,19 @@ TEST(Sidecar, refuses_numbers_that_make_no_frame) {
       Refusal(R"({"pixelFormat": "Mono9", "width": 3, "height": 2})").contains(QStringLiteral("Mono9")));
 }
 
+TEST(Sidecar, says_what_is_missing) {
+  EXPECT_TRUE(Refusal(R"({"width": 3, "height": 2})").startsWith(QStringLiteral("pixelFormat is missing")));
+  EXPECT_TRUE(Refusal(R"({"pixelFormat": 12, "width": 3})")
+                  .startsWith(QStringLiteral("pixelFormat has to be a name")));
+  EXPECT_TRUE(
+      Refusal(R"({"pixelFormat": "Mono8", "width": 3})").startsWith(QStringLiteral("height is missing")));
+  EXPECT_TRUE(Refusal("[]").contains(QStringLiteral("JSON object")));
+}
+
+TEST(Sidecar, ends_with_a_line_feed) {
+  EXPECT_TRUE(WriteSidecar(Sidecar()).endsWith("}\n"));
+}
+
 TEST(Sidecar, stands_beside_its_frame) {
   EXPECT_EQ(zynview::SidecarFileOf(QStringLiteral("/a.b/frame.1.raw")), QStringLiteral("/a.b/frame.1.json"));
   EXPECT_EQ(zynview::RawFileOf(QStringLiteral("/a.b/frame.1.json")), QStringLiteral("/a.b/frame.1.raw"));

@@ -5,6 +5,8 @@
 #include <QHash>
 #include <algorithm>
 
+#include "sources/Sidecar.h"
+
 namespace zynview {
 
 namespace {
@@ -14,6 +16,7 @@ using Clock = std::chrono::steady_clock;
 // The sink is asked at least so often whether to go on.
 constexpr std::chrono::milliseconds kPatience{100};
 constexpr double kLeastRate = 1e-3;
+constexpr double kStillRate = 5;  // of a single frame: each time all stages process it again
 constexpr std::size_t kMostProblems = 1000;
 
 Clock::duration Period(double rate) {
@@ -37,8 +40,8 @@ QString Describe(const QStringList& paths, uint64_t count) {
 }  // namespace
 
 FileSource::FileSource(const QStringList& filesAndFolders, const FileFormat& wantedFormat,
-                       double framesPerSecond)
-    : paths(filesAndFolders), fileFormat(wantedFormat), period(Period(framesPerSecond)) {}
+                       std::optional<double> framesPerSecond)
+    : paths(filesAndFolders), fileFormat(wantedFormat), rate(framesPerSecond) {}
 
 bool FileSource::Open(QString* error) {
   files = ListFrameFiles(paths, fileFormat);
@@ -46,6 +49,7 @@ bool FileSource::Open(QString* error) {
   count = 0;
   for (const FrameFile& file : files) ends.push_back(count += file.count);
   NameFiles();
+  period = Period(rate.value_or(count == 1 ? kStillRate : kUsualRate));
   if (count == 0) {
     *error = QStringLiteral("%1: no pictures and no raw frames there").arg(paths.join(QStringLiteral(", ")));
     return false;
@@ -59,6 +63,8 @@ bool FileSource::Open(QString* error) {
   }
   format = loaded.record;
   description = Describe(paths, count);
+  const std::lock_guard<std::mutex> guard(lock);
+  problems << Remarks();
   return true;
 }
 
@@ -107,9 +113,24 @@ QString FileSource::NameOf(uint64_t at) const {
   return name;
 }
 
-QString FileSource::PathOf(uint64_t at) const {
-  uint64_t number = 0;
-  return at < count ? files[FileAt(at, &number)].path : QString();
+QStringList FileSource::Inputs() const {
+  QStringList inputs;
+  for (const FrameFile& file : files) {
+    inputs << file.path;
+    if (file.kind == FrameFile::WithSidecar) inputs << SidecarFileOf(file.path);
+  }
+  return inputs;
+}
+
+QStringList FileSource::Remarks() const {
+  QStringList remarks;
+  for (const FrameFile& file : files) {
+    if (file.rest == 0) continue;
+    remarks << QStringLiteral("%1: the last %2 bytes are no whole frame and are left out")
+                   .arg(file.path)
+                   .arg(file.rest);
+  }
+  return remarks;
 }
 
 bool FileSource::LoadPresent() {

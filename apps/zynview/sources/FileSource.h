@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -20,8 +21,10 @@ namespace zynview {
 // Behind the last frame comes the first one again.
 class FileSource : public FrameSource {
  public:
-  // Frames per second; 0 is as fast as it goes.
-  FileSource(const QStringList& filesAndFolders, const FileFormat& fileFormat, double framesPerSecond);
+  // Frames per second; 0 is as fast as it goes. Without a number it is the usual rate, and a slow one for a
+  // single frame, which is always the same.
+  FileSource(const QStringList& filesAndFolders, const FileFormat& fileFormat,
+             std::optional<double> framesPerSecond);
 
   // Reads up to the first frame that can be read.
   bool Open(QString* error) override;
@@ -39,7 +42,9 @@ class FileSource : public FrameSource {
   bool Load(uint64_t position, OwnFrame* frame, QString* error) const;
   // Of the file without its ending, with a number where the file has several frames; no two are the same.
   QString NameOf(uint64_t position) const;
-  QString PathOf(uint64_t position) const;
+  QStringList Inputs() const;  // all files that are read, with the sidecars
+  // What is left out of files that can be read, one sentence each; `Open` makes problems of them as well.
+  QStringList Remarks() const;
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -58,7 +63,8 @@ class FileSource : public FrameSource {
 
   const QStringList paths;
   const FileFormat fileFormat;
-  const Clock::duration period;
+  const std::optional<double> rate;
+  Clock::duration period{};
   std::vector<FrameFile> files;
   std::vector<QString> names;  // with a dash at the end where the frame's number follows
   std::vector<uint64_t> ends;  // positions behind the last frames of the files

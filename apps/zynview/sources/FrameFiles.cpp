@@ -74,10 +74,11 @@ FrameFile FileAt(const QString& path, const FileFormat& format, bool named) {
   const bool raw = HasEnding(path, "raw");
   if (format.IsOfDumps() && (named || raw)) {
     const auto size = static_cast<uint64_t>(std::max<qint64>(QFileInfo(path).size(), 0));
-    return {FrameFile::Dump, path, std::max<uint64_t>(size / DumpBytes(format), 1)};
+    const uint64_t count = size / DumpBytes(format);
+    return {FrameFile::Dump, path, std::max<uint64_t>(count, 1), count > 0 ? size % DumpBytes(format) : 0};
   }
-  if (HasEnding(path, "json")) return {FrameFile::WithSidecar, RawFileOf(path), 1};
-  return {raw ? FrameFile::WithSidecar : FrameFile::Picture, path, 1};
+  if (HasEnding(path, "json")) return {FrameFile::WithSidecar, RawFileOf(path)};
+  return {raw ? FrameFile::WithSidecar : FrameFile::Picture, path};
 }
 
 // The bytes from `offset` on, exactly so many.
@@ -124,7 +125,7 @@ bool LoadWithSidecar(const FrameFile& file, OwnFrame* frame, QString* error) {
   const QString name = SidecarFileOf(file.path);
   QFile text(name);
   if (!text.open(QIODevice::ReadOnly)) {
-    *error = QStringLiteral("%1 has no sidecar %2: a raw dump wants --format and --size")
+    *error = QStringLiteral("%1 has no sidecar %2: a raw dump needs --format and --size")
                  .arg(file.path, QFileInfo(name).fileName());
     return false;
   }

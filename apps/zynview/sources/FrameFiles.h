@@ -24,6 +24,7 @@ struct FrameFile {
   enum Kind { Picture, Dump, WithSidecar } kind = Picture;
   QString path;        // with a sidecar, that of the raw frame
   uint64_t count = 1;  // frames in the file, for a dump
+  uint64_t rest = 0;   // bytes behind them
 };
 
 // Reads lists of folders and sizes of files, and no contents. A folder gives what looks like a picture or a

@@ -15,7 +15,11 @@ ZynImage Bare(ZynImage record) {
 }  // namespace
 
 void FrameKeeper::Offer(const ZynImage& frame) {
-  if (!frame.imageData || !wanted.exchange(false)) return;
+  if (!frame.imageData) return;
+  if (!wanted.exchange(false)) {
+    hasLast = false;
+    return;
+  }
   // Copied without the lock: whoever looks at the frame before waits for an exchange of pointers only.
   spare.assign(frame.imageData, frame.imageData + frame.imageSize);
   const std::lock_guard<std::mutex> guard(lock);
@@ -23,11 +27,13 @@ void FrameKeeper::Offer(const ZynImage& frame) {
   record = Bare(frame);
   hasFrame = true;
   ++serial;
+  hasLast = true;
 }
 
 void FrameKeeper::Forget() {
   const std::lock_guard<std::mutex> guard(lock);
   hasFrame = false;
+  hasLast = false;
 }
 
 bool FrameKeeper::Look(const std::function<void(const ZynImage& frame)>& look) const {

@@ -26,6 +26,9 @@ class FrameKeeper {
   // Counts the frames that were kept; 0 as long as there is none.
   uint64_t Serial() const { return serial; }
 
+  // Whether the frame that was kept last is the last one that has passed.
+  bool HasLast() const { return hasLast; }
+
   // Shows the frame that was kept last. The record and its pixels are good within `look` only, which holds up
   // the next copy: look shortly. False when there is none.
   bool Look(const std::function<void(const ZynImage& frame)>& look) const;
@@ -33,6 +36,7 @@ class FrameKeeper {
  private:
   std::atomic<bool> wanted{false};
   std::atomic<uint64_t> serial{0};
+  std::atomic<bool> hasLast{false};
   std::vector<uint8_t> spare;  // the thread of the frames alone, between two copies
   mutable std::mutex lock;     // guards what follows
   ZynImage record{};

@@ -7,6 +7,7 @@
 #include "ZynPixelFormat.h"
 #include "pixels/PixelTable.h"
 #include "sources/FrameSource.h"
+#include "sources/SafeFile.h"
 #include "sources/Sidecar.h"
 
 namespace zynview {
@@ -15,22 +16,16 @@ namespace {
 
 constexpr uint32_t kCodeMask = 0xFFFF;
 
-QString NotWritten(const QString& file) {
-  return QStringLiteral("%1 could not be written").arg(file);
-}
-
-QString WriteLines(const OwnFrame& frame, const QString& file) {
+bool WriteLines(const OwnFrame& frame, QIODevice& output) {
   const uint64_t lineBytes = LineBytes(frame.record.pixelType, frame.record.width);
   const uint64_t pitch = frame.record.linePitch;
-  QFile output(file);
-  if (!output.open(QIODevice::WriteOnly)) return NotWritten(file);
   for (uint64_t y = 0; y < frame.record.height; ++y) {
-    if (y * pitch + lineBytes > frame.pixels.size()) return NotWritten(file);
+    if (y * pitch + lineBytes > frame.pixels.size()) return false;
     const auto* line = reinterpret_cast<const char*>(frame.pixels.data() + y * pitch);
     const auto size = static_cast<qint64>(lineBytes);
-    if (output.write(line, size) != size) return NotWritten(file);
+    if (output.write(line, size) != size) return false;
   }
-  return output.flush() ? QString() : NotWritten(file);
+  return true;
 }
 
 }  // namespace
@@ -51,7 +46,8 @@ QString FreeFileName(const QString& folder, const ZynImage& frame, bool raw) {
 
 QString SaveRawFrame(const OwnFrame& frame, const QString& folder, const QString& source, QString* file) {
   *file = FreeFileName(folder, frame.record, true);
-  const QString problem = WriteLines(frame, *file);
+  const auto writeLines = [&frame](QIODevice& output) { return WriteLines(frame, output); };
+  QString problem = WriteFile(*file, Existing::Kept, writeLines);
   if (!problem.isEmpty()) return problem;
   const ZynImage& record = frame.record;
   const Sidecar sidecar{record.pixelType,
@@ -63,11 +59,11 @@ QString SaveRawFrame(const OwnFrame& frame, const QString& folder, const QString
                         record.timestamp,
                         source,
                         QDateTime::currentDateTime().toString(Qt::ISODate)};
-  QFile output(SidecarFileOf(*file));
   const QByteArray text = WriteSidecar(sidecar);
-  const bool written =
-      output.open(QIODevice::WriteOnly) && output.write(text) == text.size() && output.flush();
-  return written ? QString() : NotWritten(output.fileName());
+  const auto writeText = [&text](QIODevice& output) { return output.write(text) == text.size(); };
+  problem = WriteFile(SidecarFileOf(*file), Existing::Kept, writeText);
+  if (!problem.isEmpty()) QFile::remove(*file);  // nobody could tell what it holds
+  return problem;
 }
 
 QString MakeWholePicture(OwnFrame frame, ZynDisplayProcessor* display, QImage* picture) {
@@ -99,7 +95,7 @@ QString SaveWholePicture(OwnFrame frame, ZynDisplayProcessor* display, const QSt
   QImage picture;
   const QString problem = MakeWholePicture(std::move(frame), display, &picture);
   if (!problem.isEmpty()) return problem;
-  return picture.save(*file) ? QString() : NotWritten(*file);
+  return WritePicture(picture, *file, Existing::Kept);
 }
 
 }  // namespace zynview

@@ -13,7 +13,7 @@ namespace zynview {
 // it where such a file is there already.
 QString FreeFileName(const QString& folder, const ZynImage& frame, bool raw);
 
-// These answer an empty text and the `file` written, or what is wrong. GUI thread.
+// These answer an empty text and the `file` written, or what is wrong, and leave no file then. GUI thread.
 // A raw frame is what the camera delivered, line by line without padding, with a sidecar beside it: the
 // viewer opens it again. `source` tells what it came from.
 QString SaveRawFrame(const OwnFrame& frame, const QString& folder, const QString& source, QString* file);

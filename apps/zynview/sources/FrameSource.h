@@ -16,6 +16,8 @@ ZynImage MakeRecord(uint32_t pixelType, uint32_t width, uint32_t height, uint32_
 // Bytes of a line without padding.
 uint32_t LineBytes(uint32_t pixelType, uint32_t width);
 
+constexpr double kUsualRate = 25;  // frames per second, where nobody has said a rate
+
 class CameraControls;
 
 // A source delivers frames on the thread that calls `Run`, as a camera does on a thread of its own.

@@ -26,7 +26,7 @@ uint64_t Now() {
 
 }  // namespace
 
-SceneSource::SceneSource(const Options& options) : rate(options.rate) {
+SceneSource::SceneSource(const Options& options) : rate(options.rate.value_or(kUsualRate)) {
   pixelType = options.pixelType ? options.pixelType : ZYN_PIXEL_RGB8;
   width = options.size.isEmpty() ? kSceneWidth : static_cast<uint32_t>(options.size.width());
   height = options.size.isEmpty() ? kSceneHeight : static_cast<uint32_t>(options.size.height());

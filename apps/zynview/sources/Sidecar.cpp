@@ -19,6 +19,13 @@ QString WithEnding(const QString& file, const QString& ending) {
   return info.dir().filePath(info.completeBaseName() + ending);
 }
 
+// The begin of a sentence that goes on with what is wanted.
+QString Wanted(const QJsonValue& value, const char* name) {
+  return (value.isUndefined() ? QStringLiteral("%1 is missing; it has to be ")
+                              : QStringLiteral("%1 has to be "))
+      .arg(QLatin1String(name));
+}
+
 // A whole number from `least` to `most`.
 bool ReadWhole(const QJsonObject& object, const char* name, double least, double most, uint32_t* number,
                QString* error) {
@@ -28,10 +35,17 @@ bool ReadWhole(const QJsonObject& object, const char* name, double least, double
     *number = static_cast<uint32_t>(read);
     if (*number == read) return true;
   }
-  *error = QStringLiteral("%1 has to be a whole number from %2 to %3")
-               .arg(QLatin1String(name))
-               .arg(least, 0, 'f', 0)
-               .arg(most, 0, 'f', 0);
+  *error = Wanted(value, name) +
+           QStringLiteral("a whole number from %1 to %2").arg(least, 0, 'f', 0).arg(most, 0, 'f', 0);
+  return false;
+}
+
+bool ReadFormat(const QJsonObject& object, uint32_t* pixelType, QString* error) {
+  const QJsonValue value = object.value(QLatin1String("pixelFormat"));
+  *pixelType = PixelCode(value.toString());
+  if (*pixelType != 0) return true;
+  *error = value.isString() ? QStringLiteral("unknown pixel format \"%1\"").arg(value.toString().left(40))
+                            : Wanted(value, "pixelFormat") + QStringLiteral("a name, such as \"Mono12\"");
   return false;
 }
 
@@ -60,19 +74,18 @@ QByteArray WriteSidecar(const Sidecar& sidecar) {
 bool ReadSidecar(const QByteArray& text, Sidecar* sidecar, QString* error) {
   QJsonParseError parsing{};
   const QJsonDocument document = QJsonDocument::fromJson(text, &parsing);
-  if (parsing.error != QJsonParseError::NoError || !document.isObject()) {
-    *error = QStringLiteral("this is no description of a frame: %1")
-                 .arg(document.isNull() ? parsing.errorString() : QStringLiteral("no object"));
+  if (parsing.error != QJsonParseError::NoError) {
+    *error = QStringLiteral("this is not valid JSON: %1").arg(parsing.errorString());
+    return false;
+  }
+  if (!document.isObject()) {
+    *error =
+        QStringLiteral("a description of a frame has to be a JSON object, such as {\"width\": 640, ...}");
     return false;
   }
   const QJsonObject object = document.object();
-  const QString format = object.value(QLatin1String("pixelFormat")).toString();
   Sidecar read;
-  read.pixelType = PixelCode(format);
-  if (read.pixelType == 0) {
-    *error = QStringLiteral("unknown pixel format \"%1\"").arg(format.left(40));
-    return false;
-  }
+  if (!ReadFormat(object, &read.pixelType, error)) return false;
   if (!ReadWhole(object, "width", 1, kMostSide, &read.width, error) ||
       !ReadWhole(object, "height", 1, kMostSide, &read.height, error)) {
     return false;

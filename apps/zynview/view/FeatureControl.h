@@ -25,10 +25,12 @@ class FeatureControl : public QWidget {
 
  private:
   void Choose(double value);
+  void ChooseTyped(double value);
 
   const bool logarithmic;
   bool showing = false;
   FeatureScale scale;
+  double least = 0, most = 0;
   QSlider* slider;
   QDoubleSpinBox* number;
 };

@@ -8,12 +8,14 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTextStream>
 #include <QTimer>
 #include <QWindow>
 #include <algorithm>
 
 #include "sources/CameraSource.h"
+#include "sources/SafeFile.h"
 #include "view/AnalysisDock.h"
 #include "view/CameraDock.h"
 #include "view/Commands.h"
@@ -28,6 +30,8 @@ constexpr int kPixelMilliseconds = 100;
 constexpr int kStatusColour = 0x00FFFF;  // yellow: red in the lowest byte
 constexpr int kWidth = 1024, kHeight = 780;
 constexpr int kLabelMargin = 4;
+constexpr uint64_t kFewFrames = 3;  // within one look at the rates
+constexpr int kNothingShown = 1, kSomethingWrong = 2;
 
 // A number or a list that takes keys.
 bool IsInPanel(const QWidget* widget) {
@@ -131,9 +135,14 @@ void MainWindow::MakeDocks() {
 
 // The size that is asked for, or else the place of the last time.
 void MainWindow::PlaceWindow() {
-  const QSize size = options.window.isEmpty() ? QSize(kWidth, kHeight) : options.window;
+  const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
   const int bars = options.bare ? 0 : statusBar()->sizeHint().height() + menuBar()->sizeHint().height();
-  resize(size + QSize(0, bars));
+  const QSize around(scrollBar, scrollBar + bars);
+  if (options.window.isEmpty()) {
+    resize((QSize(kWidth, kHeight) + around).boundedTo(screen()->availableSize()));
+  } else {
+    resize(options.window + around);
+  }
   if (options.window.isEmpty() && !settings.geometry.isEmpty()) restoreGeometry(settings.geometry);
   if (options.window.isEmpty() && !settings.docks.isEmpty()) restoreState(settings.docks);
   notice->hide();  // it may have been there at the end of the last time
@@ -182,8 +191,8 @@ bool MainWindow::TakeKey(const QObject* object, const QKeyEvent& key) {
 
 bool MainWindow::eventFilter(QObject* object, QEvent* event) {
   // A key comes to the window first, and from there to its widgets: once is enough.
-  if (event->type() == QEvent::KeyPress && object->isWindowType() && feed && !menuIsOpen &&
-      TakeKey(object, static_cast<QKeyEvent&>(*event))) {
+  if (event->type() == QEvent::KeyPress && object->isWindowType() && feed &&
+      !QApplication::activePopupWidget() && TakeKey(object, static_cast<QKeyEvent&>(*event))) {
     return true;
   }
   // The display tells of movements over the picture, not of the mouse's going.
@@ -231,6 +240,8 @@ void MainWindow::ShowPixel() {
   for (const Save& save : waiting) {
     if (keeper.Serial() > save.after) {
       SaveNow(save.action);
+    } else if (feed && feed->Source().IsLost()) {
+      Tell(QStringLiteral("nothing is saved: the camera has gone, and its last frame was not kept"));
     } else {
       saves.push_back(save);
     }
@@ -255,30 +266,28 @@ void MainWindow::ShowRates() {
   if (!feed) return;
   for (const QString& problem : feed->Source().TakeProblems()) Complain(problem);
   if (feed->Source().IsLost()) return TellLoss();
-  const double seconds = static_cast<double>(interval.restart()) / 1000.0;
   const uint64_t delivered = feed->Delivered(), shown = notifications.shown;
-  if (seconds > 0) {
-    QString text = QStringLiteral("in %1/s   shown %2/s   not shown %3")
-                       .arg(static_cast<double>(delivered - lastDelivered) / seconds, 0, 'f', 1)
-                       .arg(static_cast<double>(shown - lastShown) / seconds, 0, 'f', 1)
-                       .arg(delivered > shown ? delivered - shown : 0);
-    if (notifications.failed > 0) {
-      text +=
-          QStringLiteral("   failed %1 (code %2)").arg(notifications.failed).arg(notifications.lastResult);
-    }
-    if (feed->Refused() > 0) {
-      text += QStringLiteral("   refused %1 (code 0x%2)")
-                  .arg(feed->Refused())
-                  .arg(feed->LastCode(), 8, 16, QLatin1Char('0'));
-    }
-    rateLabel->setText(feed->IsPaused() ? PauseText() : text);
+  rates.Note(clock.elapsed(), delivered, shown);
+  QString text = QStringLiteral("in %1/s   shown %2/s   not shown %3")
+                     .arg(rates.Delivered(), 0, 'f', 1)
+                     .arg(rates.Shown(), 0, 'f', 1)
+                     .arg(delivered > shown ? delivered - shown : 0);
+  if (notifications.failed > 0) {
+    text += QStringLiteral("   failed %1 (code %2)").arg(notifications.failed).arg(notifications.lastResult);
   }
+  if (feed->Refused() > 0) {
+    text += QStringLiteral("   refused %1 (code 0x%2)")
+                .arg(feed->Refused())
+                .arg(feed->LastCode(), 8, 16, QLatin1Char('0'));
+  }
+  rateLabel->setText(feed->IsPaused() ? PauseText() : text);
+  // Of a slow source each frame is kept: who saves the picture means the one that is seen.
+  if (delivered - lastDelivered < kFewFrames) keeper.Want();
   lastDelivered = delivered;
-  lastShown = shown;
 }
 
-bool MainWindow::Finish() {
-  if (!feed) return false;
+int MainWindow::Finish() {
+  if (!feed) return kNothingShown;
   feed->Stop();
   const double seconds = static_cast<double>(clock.elapsed()) / 1000.0;
   const uint64_t delivered = feed->Delivered(), shown = notifications.shown;
@@ -294,17 +303,18 @@ bool MainWindow::Finish() {
              .arg(delivered > shown ? delivered - shown : 0)
              .arg(notifications.failed + feed->Refused());
   out.flush();
-  const bool saved = options.save.isEmpty() || SavePicture();
-  return saved && shown > 0;
+  if (!options.save.isEmpty() && !SavePicture()) return kSomethingWrong;
+  return shown > 0 ? 0 : kNothingShown;
 }
 
 bool MainWindow::SavePicture() {
-  QScreen* screen = QGuiApplication::primaryScreen();
-  const bool saved = screen && screen->grabWindow(winId()).save(options.save);
-  QTextStream(stdout) << (saved ? QFileInfo(options.save).absoluteFilePath()
-                                : QStringLiteral("the picture could not be saved: ") + options.save)
+  QScreen* const shown = QGuiApplication::primaryScreen();
+  const QString problem = shown ? WritePicture(shown->grabWindow(winId()).toImage(), options.save)
+                                : QStringLiteral("there is no screen");
+  QTextStream(stdout) << (problem.isEmpty() ? QFileInfo(options.save).absoluteFilePath()
+                                            : QStringLiteral("the picture could not be saved: ") + problem)
                       << '\n';
-  return saved;
+  return problem.isEmpty();
 }
 
 }  // namespace zynview

@@ -18,6 +18,7 @@
 #include "view/Notifications.h"
 #include "view/Overlays.h"
 #include "view/PixelReadout.h"
+#include "view/RateMeter.h"
 #include "view/RegionMarker.h"
 #include "view/Settings.h"
 
@@ -44,7 +45,7 @@ class MainWindow : public QMainWindow {
   // stays as it was.
   bool Start(std::unique_ptr<FrameSource> source, QString* error);
   // Writes the figures to standard output and the window's picture to the file asked for.
-  bool Finish();
+  int Finish();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -128,8 +129,9 @@ class MainWindow : public QMainWindow {
   QLabel* rateLabel;
   QTimer* timer;
   QTimer* pixelTimer;
-  QElapsedTimer clock, interval;
-  uint64_t lastDelivered = 0, lastShown = 0;
+  QElapsedTimer clock;
+  RateMeter rates;
+  uint64_t lastDelivered = 0;
   bool menuIsOpen = false;
   bool hasStarted = false;   // a source was shown
   bool isPreparing = false;  // the display is being initialised, and may run the event loop

@@ -147,9 +147,9 @@ void MainWindow::AddEntries(QMenu& menu) {
   }
 }
 
-// The frame that is held while the feed pauses, or else the next one.
+// The frame that is held while the feed pauses, or the last one where it was kept, or else the next one.
 void MainWindow::SaveSoon(Action action) {
-  saves.push_back({action, keeper.Serial()});
+  saves.push_back({action, keeper.HasLast() ? 0 : keeper.Serial()});
   keeper.Want();
   ShowPixel();
 }
@@ -161,7 +161,9 @@ void MainWindow::SaveNow(Action action) {
   const QString problem = action == Action::SaveFrame
                               ? SaveRawFrame(frame, SaveFolder(), feed->Source().Description(), &file)
                               : SaveWholePicture(std::move(frame), display.get(), SaveFolder(), &file);
-  Tell(problem.isEmpty() ? QStringLiteral("saved %1").arg(QFileInfo(file).fileName()) : problem);
+  const QFileInfo saved(file);
+  Tell(problem.isEmpty() ? QStringLiteral("saved %1 in %2").arg(saved.fileName(), saved.absolutePath())
+                         : problem);
 }
 
 }  // namespace zynview

@@ -82,13 +82,13 @@ void MainWindow::StartFeed() {
   ShowColors(hasStarted ? colors.Adapt() : QString());
   hasStarted = true;
   notifications.shown = notifications.failed = 0;
-  lastDelivered = lastShown = 0;
+  lastDelivered = 0;
   isLost = false;
   notice->hide();
   feed->Start();
   cameraDock->SetControls(feed->Controls());
   clock.start();
-  interval.start();
+  rates.Start(0);
   timer->start(kStatusMilliseconds);
 }
 
@@ -128,10 +128,10 @@ bool MainWindow::PrepareAgain(const ZynImage& format) {
 }
 
 void MainWindow::ShowSource(const ZynImage& format, const QString& name) {
+  // At once: a name may hold what looks like a place of the text.
   QString text = QStringLiteral("%1 — %2 %3 × %4")
-                     .arg(name, PixelNameOf(format.pixelType))
-                     .arg(format.width)
-                     .arg(format.height);
+                     .arg(name, PixelNameOf(format.pixelType), QString::number(format.width),
+                          QString::number(format.height));
   if (!colors.PicturesAreRead()) text += QStringLiteral(": ") + colors.WhyUnread();
   sourceLabel->setText(text);
   setWindowTitle(text);
