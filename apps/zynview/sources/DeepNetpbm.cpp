@@ -71,21 +71,22 @@ bool ReadNetpbmHeader(QIODevice& input, DeepNetpbm* picture) {
 bool ReadNetpbmSamples(QIODevice& input, DeepNetpbm* picture, QString* error) {
   const uint64_t count = uint64_t{picture->width} * picture->height * picture->channels;
   const QString size = QStringLiteral("a picture of %1 × %2").arg(picture->width).arg(picture->height);
+  const std::size_t bytes = count * 2;
+  const auto length = static_cast<qint64>(bytes);
   if (picture->greatest > kDeepest) {
     *error = QStringLiteral("the greatest value of its header is more than %1").arg(kDeepest);
   } else if (picture->width == 0 || picture->height == 0) {
     *error = size + QStringLiteral(" is empty");
-  } else if (picture->width > kMostSide || picture->height > kMostSide || count * 2 > kMostFrameBytes) {
+  } else if (picture->width > kMostSide || picture->height > kMostSide || bytes > kMostFrameBytes) {
     *error = size + QStringLiteral(" is too large");
-  } else if (input.bytesAvailable() < static_cast<qint64>(count * 2)) {
+  } else if (input.bytesAvailable() < length) {
     *error = QStringLiteral("%1 has %2 bytes, but only %3 are there")
                  .arg(size)
-                 .arg(count * 2)
+                 .arg(bytes)
                  .arg(input.bytesAvailable());
   }
   if (!error->isEmpty()) return false;
   picture->samples.resize(count);
-  const auto length = static_cast<qint64>(count * 2);
   if (input.read(reinterpret_cast<char*>(picture->samples.data()), length) != length) {
     *error = input.errorString();
     return false;

@@ -94,9 +94,10 @@ ColourPicture ColoursOf(const DeepNetpbm& deep) {
 OwnFrame Encoded(ColourPicture picture, uint32_t pixelType) {
   const uint32_t width = picture.width - picture.width % WidthStep(pixelType);
   if (width != picture.width) {
-    for (uint32_t y = 1; y < picture.height; ++y)
+    for (uint32_t y = 1; y < picture.height; ++y) {
       std::copy_n(picture.Pixel(0, y), std::size_t{3} * width,
                   picture.samples.begin() + static_cast<std::ptrdiff_t>(std::size_t{3} * width * y));
+    }
     picture.width = width;
   }
   OwnFrame frame = FrameOf(pixelType, static_cast<int>(width), static_cast<int>(picture.height));
