@@ -95,10 +95,8 @@ QString PictureFileFor(const QString& out, const QString& name, uint64_t number,
   if (IsFolder(out) || (count > 1 && info.suffix().isEmpty()))
     return QDir(out).filePath(name + QStringLiteral(".png"));
   if (count <= 1) return out;
-  return info.dir().filePath(QStringLiteral("%1-%2.%3")
-                                 .arg(info.completeBaseName())
-                                 .arg(number + 1, 6, 10, QLatin1Char('0'))
-                                 .arg(info.suffix()));
+  const QString digits = QStringLiteral("%1").arg(number + 1, 6, 10, QLatin1Char('0'));
+  return info.dir().filePath(QStringLiteral("%1-%2.%3").arg(info.completeBaseName(), digits, info.suffix()));
 }
 
 int ConvertFrames(FrameSource& source, ZynDisplayProcessor* display, const Options& options,

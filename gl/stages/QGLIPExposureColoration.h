@@ -15,8 +15,7 @@
 // Parameters: "thres.lo" (pixels below it are marked; negative: 1), "thres.hi" (pixels above it; negative:
 // the largest value minus 1, three times that for three channels), "color.lo" and "color.hi" (0x00BBGGRR),
 // "image.color.mono". `Init` alone reads them: the apply commands change nothing, unlike those of the
-// processor's stage. This is kept. Commands do not throw: an argument that is no number ends
-// one with 0.
+// processor's stage. This is kept. Commands do not throw: an argument that is no number ends one with 0.
 class QGLIPExposureColoration : public QGLStage<ZynDisplayQGL::ExposureColoration> {
  public:
   QGLIPExposureColoration(ZynDisplayProcessor* display, ZynComponent* chainComponent);

@@ -60,6 +60,11 @@ TEST(Conversion, writes_several_frames_into_a_folder_or_with_numbers) {
   EXPECT_EQ(LevelOf(out.Path("c-000002.png")), 20);
 }
 
+TEST(Conversion, takes_nothing_in_a_name_for_a_place_in_it) {
+  EXPECT_EQ(zynview::PictureFileFor(QStringLiteral("a/of %2 and %3.png"), QString(), 6, 9),
+            QStringLiteral("a/of %2 and %3-000007.png"));
+}
+
 TEST(Conversion, prepares_the_display_for_each_kind_of_frames) {
   const ViewerFiles files, out;
   files.Grey("1.png", 5, 4, 0);

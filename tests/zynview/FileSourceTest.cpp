@@ -137,7 +137,7 @@ TEST(FileSource, plays_a_sequence_at_the_usual_rate_when_none_is_said) {
 
 TEST(FileSource, tells_of_bytes_that_are_no_whole_frame) {
   const ViewerFiles files;
-  const QString rest = files.Write("rest.bin", "abcde"), whole = files.Write("whole.bin", "ab");
+  const QString rest = files.Write("rest of %2.bin", "abcde"), whole = files.Write("whole.bin", "ab");
   FileSource source({rest, whole}, {ZYN_PIXEL_MONO8, QSize(2, 1), 0}, kFast);
   QString error;
   ASSERT_TRUE(source.Open(&error));

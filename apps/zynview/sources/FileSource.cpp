@@ -127,8 +127,7 @@ QStringList FileSource::Remarks() const {
   for (const FrameFile& file : files) {
     if (file.rest == 0) continue;
     remarks << QStringLiteral("%1: the last %2 bytes are no whole frame and are left out")
-                   .arg(file.path)
-                   .arg(file.rest);
+                   .arg(file.path, QString::number(file.rest));
   }
   return remarks;
 }

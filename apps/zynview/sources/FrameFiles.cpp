@@ -110,9 +110,7 @@ bool LoadDump(const FrameFile& file, uint64_t number, const FileFormat& format, 
   if (frameBytes == 0 || frameBytes > kMostFrameBytes || input.size() < 0 ||
       static_cast<uint64_t>(input.size()) / frameBytes <= number) {
     *error = QStringLiteral("%1 has %2 bytes, a frame of this format and size %3")
-                 .arg(file.path)
-                 .arg(input.size())
-                 .arg(frameBytes);
+                 .arg(file.path, QString::number(input.size()), QString::number(frameBytes));
     return false;
   }
   frame->record =
@@ -141,10 +139,8 @@ bool LoadWithSidecar(const FrameFile& file, OwnFrame* frame, QString* error) {
   }
   if (static_cast<uint64_t>(std::max<qint64>(input.size(), 0)) != sidecar.FileBytes()) {
     *error = QStringLiteral("%1 has %2 bytes, but its sidecar says %3 lines of %4")
-                 .arg(file.path)
-                 .arg(input.size())
-                 .arg(sidecar.height)
-                 .arg(sidecar.linePitch);
+                 .arg(file.path, QString::number(input.size()), QString::number(sidecar.height),
+                      QString::number(sidecar.linePitch));
     return false;
   }
   frame->record = MakeRecord(sidecar.pixelType, sidecar.width, sidecar.height, sidecar.linePitch, nullptr);

@@ -133,9 +133,7 @@ bool LoadImage(const QString& file, bool asDump, QImage* image, QString* error) 
   // What a header claims is looked at before memory is taken for it.
   if (IsTooLarge(reader.size(), reader.imageFormat())) {
     *error = QStringLiteral("%1: a picture of %2 × %3 is too large")
-                 .arg(file)
-                 .arg(reader.size().width())
-                 .arg(reader.size().height());
+                 .arg(file, QString::number(reader.size().width()), QString::number(reader.size().height()));
     return false;
   }
   *image = reader.read();
